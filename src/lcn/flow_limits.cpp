@@ -1,0 +1,173 @@
+#include "flow_limits.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "element_hydraulics.h"
+#include "node_sets.h"
+#include "preparation.h"
+
+namespace lcn
+{
+
+namespace
+{
+
+constexpr double kSettledError = 1e-3;       // [-] mass error below which a decision can be made
+constexpr int kIterationsBetween = 3;        // changes of the set
+constexpr double kPressureTolerance = 1e-9;  // [-] of the largest pressure
+constexpr double kReverseTolerance = 1e-6;   // [-] of the average flow
+constexpr double kReopenedFlow = 0.001;      // [-] of the average flow
+constexpr int kMostReleases = 50;            // of one element: then it stays fixed
+constexpr int kFixedPressures = 0;           // the set that stands for all fixed pressures
+
+double largestPressure(const NodeArray& nodes, const lcnNET_var& var)
+{
+    double largest = 0.0;
+    for (int i = 1; i <= var.NodeTotal; ++i)
+        largest = std::fmax(largest, std::fabs(nodes[i].Pressure));
+    return largest;
+}
+
+double drop(const NodeArray& nodes, const lcnNET_elems& elem)
+{
+    return nodes[elem.LocalStartNode].Pressure - nodes[elem.LocalEndNode].Pressure;
+}
+
+/// A shut non-return element opens when pressure pushes forward; a control valve at its limit when its own resistance
+/// alone takes more than the pressure difference, so that it carries less than the limit.
+bool hasNoReasonToBeFixed(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, int e,
+                          double pressureTolerance)
+{
+    const lcnNET_elems& elem = elements[e];
+    if (elem.type == kNonReturn) return drop(nodes, elem) > pressureTolerance;
+    if (elem.FixedFlow == 0.0) return false;
+    const double alongFlow = elem.FixedFlow > 0.0 ? drop(nodes, elem) : -drop(nodes, elem);
+    return alongFlow < std::fabs(pressureLoss(nodes, elements, var, e, +1));
+}
+
+/// How far a flow is beyond what the element allows, in units of that; 0.0 when it is allowed.
+double violation(const lcnNET_elems& elem, double averageFlow)
+{
+    const double infinite = std::numeric_limits<double>::infinity();
+    if (elem.type == kNonReturn) {
+        const double allowed = kReverseTolerance * averageFlow;
+        if (!(elem.Massflow < -allowed)) return 0.0;
+        return allowed > 0.0 ? -elem.Massflow / allowed : infinite;
+    }
+    const double limit = std::fabs(elem.FixedFlow);
+    const double flow = std::fabs(elem.Massflow);
+    if (!(flow > limit)) return 0.0;
+    return limit > 0.0 ? flow / limit : infinite;
+}
+
+/// Of the violations, worst first, those that can be fixed one after the other without cutting a free node off from the
+/// fixed pressures that it is joined to. Passing over an element because it is the last link is the reverse-delete form
+/// of a spanning tree (Kruskal 1956): the links to keep are found by adding the violators back, mildest first.
+std::vector<int> fixable(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                         const std::vector<char>& isViolator, const std::vector<int>& worstFirst)
+{
+    NodeSets withViolators(var.NodeTotal);
+    NodeSets sets(var.NodeTotal);
+    for (int i = 1; i <= var.NodeTotal; ++i) {
+        if (nodes[i].flag != kPressureBoundary) continue;
+        withViolators.join(i, kFixedPressures);
+        sets.join(i, kFixedPressures);
+    }
+    for (int e = 1; e <= var.ElemTotal; ++e) {
+        const lcnNET_elems& elem = elements[e];
+        if (!hasLaw(elem.type) || elem.fix != 0 || elem.FlowLimited != 0) continue;
+        withViolators.join(elem.LocalStartNode, elem.LocalEndNode);
+        if (!isViolator[static_cast<std::size_t>(e)]) sets.join(elem.LocalStartNode, elem.LocalEndNode);
+    }
+
+    std::vector<int> result;
+    for (auto e = worstFirst.rbegin(); e != worstFirst.rend(); ++e) {
+        const lcnNET_elems& elem = elements[*e];
+        const bool joins = sets.join(elem.LocalStartNode, elem.LocalEndNode);
+        const bool reachesPressure =
+            withViolators.find(elem.LocalStartNode) == withViolators.find(kFixedPressures);
+        if (!joins || !reachesPressure) result.push_back(*e);
+    }
+    std::reverse(result.begin(), result.end());
+    return result;
+}
+
+}  // namespace
+
+void FlowLimits::prepare(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
+{
+    m_limited.clear();
+    m_lastChange = 0;
+    for (int e = 1; e <= var.ElemTotal; ++e) {
+        lcnNET_elems& elem = elements[e];
+        if ((elem.type != kControlValve && elem.type != kNonReturn) || hasFlowEnd(nodes, elem)) continue;
+        elem.FlowLimited = 0;
+        m_limited.push_back({e, 0});
+    }
+}
+
+bool FlowLimits::update(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, int n,
+                        double massError, double averageFlow)
+{
+    if (m_limited.empty() || !(std::fabs(massError) < kSettledError) || n - m_lastChange < kIterationsBetween)
+        return false;
+    const bool changed =
+        release(nodes, elements, var, averageFlow) || mark(nodes, elements, var, averageFlow);
+    if (changed) m_lastChange = n;
+    return changed;
+}
+
+bool FlowLimits::release(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                         double averageFlow)
+{
+    const double tolerance = kPressureTolerance * largestPressure(nodes, var);
+    bool released = false;
+    for (Limited& limited : m_limited) {
+        lcnNET_elems& elem = elements[limited.element];
+        if (elem.fix == 0 || limited.releases >= kMostReleases) continue;
+        if (!hasNoReasonToBeFixed(nodes, elements, var, limited.element, tolerance)) continue;
+        elem.fix = 0;
+        elem.FlowLimited = 0;
+        elem.Massflow = elem.type == kNonReturn ? kReopenedFlow * averageFlow : elem.FixedFlow / 2.0;
+        ++limited.releases;
+        released = true;
+    }
+    return released;
+}
+
+bool FlowLimits::mark(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                      double averageFlow)
+{
+    std::vector<Violation> violations;
+    for (const Limited& limited : m_limited) {
+        const lcnNET_elems& elem = elements[limited.element];
+        if (elem.fix != 0) continue;
+        const double ratio = violation(elem, averageFlow);
+        if (ratio > 0.0) violations.push_back({limited.element, ratio});
+    }
+    if (violations.empty()) return false;
+    std::stable_sort(violations.begin(), violations.end(),
+                     [](const Violation& l, const Violation& r) { return l.ratio > r.ratio; });
+
+    std::vector<char> isViolator(static_cast<std::size_t>(var.ElemTotal) + 1, 0);
+    std::vector<int> worstFirst;
+    for (const Violation& violator : violations) {
+        isViolator[static_cast<std::size_t>(violator.element)] = 1;
+        worstFirst.push_back(violator.element);
+    }
+    std::vector<int> marked = fixable(nodes, elements, var, isViolator, worstFirst);
+    if (marked.empty()) marked.push_back(worstFirst.front());
+    for (const int e : marked)
+        elements[e].FlowLimited = 1;
+    return true;
+}
+
+void FlowLimits::finish(const ElementArray& elements, const lcnNET_var& var) const
+{
+    for (int e = 1; e <= var.ElemTotal; ++e)
+        if (elements[e].type == kControlValve || elements[e].type == kNonReturn) elements[e].FlowLimited = 1;
+}
+
+}  // namespace lcn

@@ -1,0 +1,285 @@
+#include "iteration.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "constants.h"
+#include "errors.h"
+#include "flow_limits.h"
+#include "flow_update.h"
+#include "friction.h"
+#include "minor_losses.h"
+#include "node_equations.h"
+#include "preparation.h"
+#include "pressure_groups.h"
+#include "pressure_solve.h"
+#include "temperature.h"
+#include "trace.h"
+#include "viscosity.h"
+
+namespace lcn
+{
+
+namespace
+{
+
+constexpr double kStagnation = 1e-10;        // [-] change of the mass error that counts as none
+constexpr double kStagnantRelaxation = 0.1;  // relaxpp of a stagnating solve
+constexpr double kSmallestRe = 1.0;          // [-] slower elements take no part in the pressure measure
+constexpr double kCoupledFrom =
+    100.0;  // [-] of Concrit: errors below which temperatures follow the viscosity law
+constexpr double kShortTimeStep = 1.0;  // [s] below it curves may have changed between two steps
+constexpr int kMostTemperatureSweeps = 400;
+
+/// What the driver knows of the present iterate.
+struct Measures {
+    double totalFlow = 0.0;      // [kg/s] sum of |Massflow|
+    double averageFlow = 1.0;    // [kg/s] per element; 1.0 for a network at rest
+    double massFraction = 0.0;   // [-] relative change of the total flow
+    double sumMass = 0.0;        // [-] |sum of the node balances| / average flow
+    double massError = 0.0;      // [-] largest node balance / average flow
+    double pressureError = 0.0;  // [-] sum of the elements' relative misses of their laws
+    bool finite = true;
+};
+
+/// First record whose node_no is the traced number; 0 when there is none.
+int findTracedNode(const NodeArray& nodes, const lcnNET_var& var)
+{
+    for (int i = 1; i < nodes.size(); ++i)
+        if (nodes[i].node_no == var.nxx) return i;
+    return 0;
+}
+
+/// Friction factors at the present flows, once per iteration: the law is used again, unchanged, by the pressures of flow
+/// ends, the pressure measure and the next linearisation.
+void updateFrictionFactors(const ElementArray& elements, const lcnNET_var& var)
+{
+    for (int e = 1; e <= var.ElemTotal; ++e)
+        if (isDarcyWeisbach(elements[e].type)) frictionFactor(elements[e], var);
+}
+
+double sumOfFlows(const ElementArray& elements, const lcnNET_var& var)
+{
+    double sum = 0.0;
+    for (int e = 1; e <= var.ElemTotal; ++e)
+        sum += std::fabs(elements[e].Massflow);
+    return sum;
+}
+
+double averageOf(double totalFlow, const lcnNET_var& var)
+{
+    const double average = totalFlow / var.ElemTotal;
+    return std::fabs(average) < kTiny || var.ElemTotal == 0 ? 1.0 : average;
+}
+
+/// Net inflow of every node from its elements. Boundary nodes keep theirs as mass source; free nodes are measured.
+void measureMass(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                 std::vector<double>& balance, Measures& measures)
+{
+    std::fill(balance.begin(), balance.end(), 0.0);
+    for (int e = 1; e <= var.ElemTotal; ++e) {
+        const lcnNET_elems& elem = elements[e];
+        balance[static_cast<std::size_t>(elem.LocalStartNode)] -= elem.Massflow;
+        balance[static_cast<std::size_t>(elem.LocalEndNode)] += elem.Massflow;
+    }
+    double sum = 0.0;
+    double largest = 0.0;
+    for (int i = 1; i <= var.NodeTotal; ++i) {
+        double B = balance[static_cast<std::size_t>(i)];
+        if (nodes[i].flag != kFreeNode) {
+            nodes[i].Masssource = -B;
+            continue;
+        }
+        B += nodes[i].Masssource;
+        sum += B;
+        if (std::fabs(B) > std::fabs(largest)) largest = B;
+    }
+
+    const double previousTotal = measures.totalFlow;
+    measures.totalFlow = sumOfFlows(elements, var);
+    measures.averageFlow = averageOf(measures.totalFlow, var);
+    measures.massFraction = std::fabs(measures.totalFlow - previousTotal);
+    if (std::fabs(previousTotal) > kTiny) measures.massFraction /= std::fabs(previousTotal);
+    measures.sumMass = std::fabs(sum) / measures.averageFlow;
+    measures.massError = var.flowWeight * largest / measures.averageFlow;
+}
+
+/// Whether an element takes part in the pressure measure. A fixed flow has no law to meet, but at a flow end, whose
+/// pressure is made to meet it. The chord of a loss curve is not its law.
+bool isMeasured(const NodeArray& nodes, const lcnNET_elems& elem)
+{
+    if (elem.type == kLossCurve) return false;
+    return elem.fix == 0 || nodes[elem.LocalStartNode].flag == kFlowBoundary ||
+           nodes[elem.LocalEndNode].flag == kFlowBoundary;
+}
+
+/// Sum over elements of |(dp between the nodes - dp of the law) / mean pressure|.
+double measurePressure(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt)
+{
+    const double smallest = var.Concrit * var.Concrit;
+    double sum = 0.0;
+    for (int e = 1; e <= var.ElemTotal; ++e) {
+        const lcnNET_elems& elem = elements[e];
+        if (!isMeasured(nodes, elem) || !(reynolds(elem, viscosity(var, elem.Temperature)) > kSmallestRe))
+            continue;
+        const double pStart = nodes[elem.LocalStartNode].Pressure;
+        const double pEnd = nodes[elem.LocalEndNode].Pressure;
+        const double betweenNodes = pStart - pEnd;
+        const double mean = (pStart + pEnd) / 2.0;
+        double ofLaw = signedPressureLoss(nodes, elements, var, e, +1, Friction::kStored);
+        if (dt <= kSteadyTimeStep) ofLaw += (elem.Massflow - elem.MassflowOld) * elem.length / elem.Area / dt;
+        if (std::fabs(mean) > kTiny && std::fabs(betweenNodes) > smallest && std::fabs(ofLaw) > smallest)
+            sum += std::fabs((betweenNodes - ofLaw) / mean);
+    }
+    return var.flowWeight * sum;
+}
+
+/// Slows the solve down when its mass balance is stuck above the criterion.
+void watchStagnation(lcnNET_var& var, double massError, double previousMassError)
+{
+    var.warmStart() = std::fabs(massError) < var.Concrit ? 1 : 0;
+    if (std::fabs(massError - previousMassError) < kStagnation && var.warmStart() == 0)
+        var.relaxpp = kStagnantRelaxation;
+}
+
+/// With a viscosity law, temperatures wait until flows are nearly settled.
+bool temperaturesAreDue(const lcnNET_var& var, const Measures& measures)
+{
+    const double settled = kCoupledFrom * var.Concrit;
+    return !var.ViscosityLaw || (std::fabs(measures.massError) < settled && measures.pressureError < settled);
+}
+
+void updateTemperatures(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var, double dt,
+                        const Measures& measures, TemperatureSolve& temperatures)
+{
+    if (var.Energy != 1) {
+        if (dt < kShortTimeStep) fitCurves(elements, var);
+    } else if (temperaturesAreDue(var, measures)) {
+        temperatures = solveTemperatures(nodes, elements, var);
+    } else {
+        temperatures.converged = false;
+    }
+}
+
+/// Whether every number that a result is made of is finite; a geometry that is not, at an element with a fixed flow,
+/// shows nowhere else.
+bool isFinite(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
+{
+    for (int i = 1; i <= var.NodeTotal; ++i)
+        if (!std::isfinite(nodes[i].Pressure) || !std::isfinite(nodes[i].Temperature)) return false;
+    for (int e = 1; e <= var.ElemTotal; ++e) {
+        const lcnNET_elems& elem = elements[e];
+        const double Re = reynolds(elem, viscosity(var, elem.Temperature));
+        if (!std::isfinite(elem.Massflow) || !std::isfinite(Re) || !std::isfinite(elem.Temperature))
+            return false;
+    }
+    return true;
+}
+
+/// Records why the iteration did not converge. Returns true when nothing that matters was recorded.
+bool recordOutcome(lcnNET_var& var, const Measures& measures, const TemperatureSolve& temperatures,
+                   const MinorLosses& minorLosses, int flowUpdates, double flowUpdateError, bool stopped)
+{
+    // kept: the flow-update counter does not spoil a converged solve; hosts see a remark with valid results.
+    if (flowUpdates > var.numiterpp) var.AddMessage(700480, var.circuitNumber, flowUpdateError);
+
+    const std::size_t before = var.Messages.size();
+    if (temperatures.sweeps >= kMostTemperatureSweeps)
+        var.AddMessage(700490, var.circuitNumber, temperatures.error);
+    if (!(minorLosses.error() < var.Concrit)) var.AddMessage(700500, var.circuitNumber, minorLosses.error());
+    if (!(std::fabs(measures.massError) <= var.Concrit))
+        var.AddMessage(700530, var.circuitNumber, std::fabs(measures.massError));
+    if (!(measures.pressureError <= var.Concrit))
+        var.AddMessage(700540, var.circuitNumber, measures.pressureError);
+    if (var.nIter >= var.numitermm) var.AddMessage(700550, var.circuitNumber);
+    if (stopped) var.AddMessage();
+    return var.Messages.size() == before;
+}
+
+}  // namespace
+
+bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var, double dt,
+             CancelCallback cancel)
+{
+    if (nodes.isEmpty() || var.NodeTotal < 1)
+        throw FatalException("lcnL_n has been called with an empty list");
+
+    const int tracedNode = findTracedNode(nodes, var);
+    Measures measures;
+    measures.totalFlow = sumOfFlows(elements, var);
+    measures.averageFlow = averageOf(measures.totalFlow, var);
+    double previousMassError = std::numeric_limits<double>::infinity();
+    bool minorLossesConverged = false;
+    bool limitsChanged = false;
+    bool stopped = false;
+    TemperatureSolve temperatures;
+    const int flowUpdates = 0;  // counts flow updates that had to be repeated: none ever is
+    const double flowUpdateError = 0.0;
+
+    NodeEquations equations;
+    equations.size(var);
+    std::vector<double> corrections(static_cast<std::size_t>(var.NodeTotal) + 1, 0.0);
+    std::vector<double> balance(corrections);
+    PressureGroups groups;
+    PressureSystem system;
+    FlowLimits limits;
+    FixedPressureElements betweenFixedPressures;
+    FlowEnds flowEnds;
+    MinorLosses minorLosses;
+
+    limits.prepare(nodes, elements, var);
+    flowEnds.prepare(nodes, elements, var);
+    betweenFixedPressures.prepare(nodes, elements, var);
+    groups.check(nodes, elements, var);
+    system.prepare(nodes, elements, var);
+    traceHeader(var);
+    minorLosses.start(nodes, elements, var);
+    updateFrictionFactors(elements, var);
+
+    var.nIter = 0;
+    do {
+        ++var.nIter;
+        assembleNodeEquations(nodes, elements, var, dt, equations, Friction::kStored);
+        system.solvePressures(var, equations, corrections);
+
+        updateFlows(nodes, elements, var, equations, corrections);
+        if (var.compressible) updateElementPressures(nodes, elements, var);
+        betweenFixedPressures.update(nodes, elements, var);
+        limitsChanged =
+            limits.update(nodes, elements, var, var.nIter, previousMassError, measures.averageFlow);
+        if (limitsChanged && groups.check(nodes, elements, var)) system.prepare(nodes, elements, var);
+        if (!equations.withoutDrop.empty())
+            separateEqualPressures(nodes, elements, var, equations, corrections,
+                                   averageOf(sumOfFlows(elements, var), var));
+        updateFrictionFactors(elements, var);
+        const bool endsAreFinite = flowEnds.update(nodes, elements, var, dt);
+
+        measureMass(nodes, elements, var, balance, measures);
+        measures.pressureError = endsAreFinite ? measurePressure(nodes, elements, var, dt)
+                                               : std::numeric_limits<double>::infinity();
+        measures.finite = std::isfinite(measures.totalFlow) && std::isfinite(measures.sumMass) &&
+                          std::isfinite(measures.pressureError);
+        traceIteration(var,
+                       {measures.massFraction, corrections[static_cast<std::size_t>(tracedNode)],
+                        measures.sumMass, measures.pressureError, measures.massError, flowUpdates,
+                        temperatures.error, temperatures.sweeps, minorLosses.error(), minorLosses.updates()});
+        watchStagnation(var, measures.massError, previousMassError);
+        previousMassError = measures.massError;
+
+        updateTemperatures(nodes, elements, var, dt, measures, temperatures);
+        minorLossesConverged = minorLosses.update(nodes, elements, var);
+        stopped = cancel != nullptr && cancel();
+    } while ((!(std::fabs(measures.massError) < var.Concrit) || !(measures.pressureError < var.Concrit) ||
+              !minorLossesConverged || !temperatures.converged || limitsChanged) &&
+             var.nIter < var.numitermm && !stopped && measures.finite);
+
+    updateElementPressures(nodes, elements, var);
+    if (var.Energy == 1) temperatures = solveTemperatures(nodes, elements, var);
+    limits.finish(elements, var);
+    if (!measures.finite) measures.massError = std::numeric_limits<double>::infinity();
+    if (!isFinite(nodes, elements, var)) measures.pressureError = std::numeric_limits<double>::infinity();
+    return recordOutcome(var, measures, temperatures, minorLosses, flowUpdates, flowUpdateError, stopped);
+}
+
+}  // namespace lcn

@@ -1,0 +1,41 @@
+// pressure_groups.h: parts of a network that no fixed pressure reaches.
+#pragma once
+
+#include <set>
+#include <vector>
+
+#include "records.h"
+
+namespace lcn
+{
+
+/// Finds groups of two or more free nodes that no fixed-pressure node reaches through elements that can still flow. Their
+/// pressures are known only up to a constant: the matrix would be singular. A group that nothing flows into on balance is
+/// given one, by holding its first node's pressure; a group with a net inflow has no solution. (A single free node whose
+/// elements are all fixed needs nothing: its own equation gives it a pressure.)
+class PressureGroups
+{
+public:
+    /// Checks the network as it stands and holds or frees pressures. Each group is reported once, by its first node:
+    /// 701203 (node number, net inflow) when the fixed flows of its boundary do not balance to 1e-9 of the largest;
+    /// else 701204 (node number) and for each bounding element 701205 (zero flow) or 701206 (other), with its number.
+    /// Reads flag, fix, FlowLimited, FixedFlow, Massflow, Pressure; writes flag and Pressbound of held nodes.
+    /// Returns true when the set of free nodes changed. Cost: proportional to the network.
+    bool check(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var);
+
+private:
+    struct Group {
+        int firstNode = 0;
+        double netInflow = 0.0;     // [kg/s]
+        double largestFlow = 0.0;   // [kg/s]
+        std::vector<int> boundary;  // bounding elements
+    };
+
+    void report(const Group& group, bool balanced, const NodeArray& nodes, const ElementArray& elements,
+                lcnNET_var& var);
+
+    std::vector<int> m_held;   // nodes whose pressure is held
+    std::set<int> m_reported;  // first nodes of groups already reported
+};
+
+}  // namespace lcn
