@@ -1,0 +1,65 @@
+// solve.cpp: one solve of one circuit, stage by stage.
+#include <cstdlib>
+
+#include "feedback_mapping.h"
+#include "lcn/constants.h"
+#include "lcn/errors.h"
+#include "lcn/iteration.h"
+#include "lcn/node_equations.h"
+#include "lcn/preparation.h"
+#include "model/Circuit.h"
+#include "result_mapping.h"
+#include "translation.h"
+#include "validity.h"
+
+namespace Velcor::Tavell
+{
+
+namespace
+{
+
+void prepare(Network& network)
+{
+    auto& [var, nodes, elements, boundaries] = network;
+    var.sizeWorkArrays();
+    lcn::prepareElementCoefficients(elements, var);
+    lcn::setInitialValues(nodes, elements, var);
+    lcn::applyDebugAndOpenEnds(nodes, elements, var);
+    lcn::keepAsPrevious(nodes, elements, var);
+    lcn::setFlowsBetweenFixedPressures(nodes, elements, var);
+}
+
+/// Takes the hydrostatic part off the pressures of all nodes [Pa].
+void makePressuresStatic(Network& network)
+{
+    for (int i = 1; i <= network.var.NodeTotal; ++i)
+        network.nodes[i].Pressure -= network.var.Density * lcn::kGravity * network.nodes[i].Height;
+}
+
+}  // namespace
+
+bool Circuit::Solve(bool energy, bool (*cancel)())
+{
+    if (detailCheckRequested() && !IsSuitableForAnalysis()) return false;
+
+    Network network = readModel(*this, energy);
+    clearResults();
+    try {
+        completeNetwork(network);
+        prepare(network);
+        const bool converged =
+            lcn::iterate(network.nodes, network.elements, network.var, lcn::kSteadyState, cancel);
+        makePressuresStatic(network);
+        std::map<int, ResultsSet> results;
+        if (converged) results = mapResults(network.nodes, network.elements, network.var);
+        mapFeedback(network.var.Messages, m_feedback);
+        m_results = std::move(results);
+    } catch (const lcn::FatalException&) {
+        mapFeedback(network.var.Messages, m_feedback);
+        return false;
+    }
+    m_hasResults = !m_results.empty();
+    return m_hasResults;
+}
+
+}  // namespace Velcor::Tavell

@@ -1,0 +1,143 @@
+// tidying.cpp: the passes that ICircuit::Validate runs over the identifiers of a circuit.
+#include "tidying.h"
+
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "model/Circuit.h"
+#include "model/number_text.h"
+#include "tavell/Constants.h"
+
+namespace Velcor::Tavell
+{
+
+namespace
+{
+
+/// The id stored under a property; nothing unless it is a positive whole number that an int can hold.
+std::optional<int> storedId(const Entity& entity, int property)
+{
+    const std::optional<double> number = entity.properties().readableNumber(property);
+    const bool isId = number && *number >= 1.0 && *number <= std::numeric_limits<int>::max() &&
+                      *number == std::trunc(*number);
+    if (!isId) return std::nullopt;
+    return static_cast<int>(*number);
+}
+
+/// The ids in use in a circuit's nodes or elements, and who has none of its own.
+template <typename Object> struct Census {
+    std::unordered_set<int> taken;
+    std::vector<Object*> withoutId;  // in order of creation
+};
+
+/// The census of objects whose id is stored under a property; of several with the same id the oldest has it.
+template <typename Object> Census<Object> censusOf(OrderedObjects<Object>& objects, int property)
+{
+    Census<Object> census;
+    census.taken.reserve(objects.size());
+    for (Object* object : objects) {
+        const std::optional<int> id = storedId(*object, property);
+        const bool hasIdOfItsOwn = id && census.taken.insert(*id).second;
+        if (!hasIdOfItsOwn) census.withoutId.push_back(object);
+    }
+    return census;
+}
+
+/// The id that an end of an element (TAVELL_ELEMENT_START or TAVELL_ELEMENT_END) names; nothing when it is absent or
+/// its text is no number.
+std::optional<int> namedId(const Element& element, int end)
+{
+    const std::optional<double> number = element.properties().readableNumber(end);
+    if (!number) return std::nullopt;
+    return truncateToInt(*number);
+}
+
+/// Calls visit(element, end, id) for every end of a circuit's elements that names an id, existing or not.
+template <typename Visit> void forEachNamedId(Circuit& circuit, Visit visit)
+{
+    for (Element* element : circuit.elements())
+        for (const int end : {TAVELL_ELEMENT_START, TAVELL_ELEMENT_END})
+            if (const std::optional<int> id = namedId(*element, end)) visit(*element, end, *id);
+}
+
+/// The node that each id means: the first with that id as it is read, so 0 for an absent one.
+std::unordered_map<int, Node*> nodesById(Circuit& circuit)
+{
+    std::unordered_map<int, Node*> nodes;
+    for (Node* node : circuit.nodes()) {
+        const std::optional<double> number = node->properties().readableNumber(TAVELL_NODE_ID);
+        if (number || !node->has(TAVELL_NODE_ID)) nodes.emplace(truncateToInt(number.value_or(0.0)), node);
+    }
+    return nodes;
+}
+
+/// Stores an end as the number that it is read as; returns whether that changed it.
+bool truncateEnd(Element& element, int end)
+{
+    const std::optional<int> id = namedId(element, end);
+    if (!id || element.number(end) == *id) return false;
+    element.SetProperty(end, *id);
+    return true;
+}
+
+}  // namespace
+
+bool mendElementIds(Circuit& circuit)
+{
+    const Census<Element> census = censusOf(circuit.elements(), TAVELL_ELEMENT_ID);
+    for (Element* element : census.withoutId)
+        element->SetProperty(TAVELL_ELEMENT_ID, circuit.takeElementId(census.taken));
+    return !census.withoutId.empty();
+}
+
+bool mendNodeIds(Circuit& circuit)
+{
+    Census<Node> census = censusOf(circuit.nodes(), TAVELL_NODE_ID);
+    if (census.withoutId.empty()) return false;
+
+    const std::unordered_map<int, Node*> meant = nodesById(circuit);
+    forEachNamedId(circuit, [&](Element&, int, int id) { census.taken.insert(id); });
+    for (Node* node : census.withoutId)
+        node->SetProperty(TAVELL_NODE_ID, circuit.takeNodeId(census.taken));
+
+    forEachNamedId(circuit, [&](Element& element, int end, int id) {
+        const auto node = meant.find(id);
+        if (node != meant.end() && node->second->id() != id) element.SetProperty(end, node->second->id());
+    });
+    return true;
+}
+
+bool truncateEndIds(Circuit& circuit)
+{
+    bool changed = false;
+    for (Element* element : circuit.elements())
+        for (const int end : {TAVELL_ELEMENT_START, TAVELL_ELEMENT_END})
+            changed = truncateEnd(*element, end) || changed;
+    return changed;
+}
+
+bool mendUnknownEnds(Circuit& /*circuit*/)
+{
+    return false;
+}
+
+bool mendEqualEnds(Circuit& /*circuit*/)
+{
+    return false;
+}
+
+void tidy(Circuit& circuit)
+{
+    mendElementIds(circuit);
+    mendNodeIds(circuit);
+    truncateEndIds(circuit);
+    const bool unknownEndsMended = mendUnknownEnds(circuit);
+    const bool equalEndsMended = mendEqualEnds(circuit);
+    if (unknownEndsMended || equalEndsMended) truncateEndIds(circuit);
+}
+
+}  // namespace Velcor::Tavell
