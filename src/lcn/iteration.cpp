@@ -29,8 +29,8 @@ constexpr double kStagnantRelaxation = 0.1;  // relaxpp of a stagnating solve
 constexpr double kSmallestRe = 1.0;          // [-] slower elements take no part in the pressure measure
 constexpr double kCoupledFrom =
     100.0;  // [-] of Concrit: errors below which temperatures follow the viscosity law
-constexpr double kShortTimeStep = 1.0;  // [s] below it curves may have changed between two steps
-constexpr int kMostTemperatureSweeps = 400;
+constexpr double kShortTimeStep = 1.0;     // [s] below it curves may have changed between two steps
+constexpr int kMostUnsettledSolves = 100;  // temperature solves that ran out of sweeps on settled flows
 
 /// What the driver knows of the present iterate.
 struct Measures {
@@ -151,12 +151,12 @@ bool temperaturesAreDue(const lcnNET_var& var, const Measures& measures)
 }
 
 void updateTemperatures(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var, double dt,
-                        const Measures& measures, TemperatureSolve& temperatures)
+                        const Measures& measures, TemperatureSolver& solver, TemperatureSolve& temperatures)
 {
     if (var.Energy != 1) {
         if (dt < kShortTimeStep) fitCurves(elements, var);
     } else if (temperaturesAreDue(var, measures)) {
-        temperatures = solveTemperatures(nodes, elements, var);
+        temperatures = solver.solve(nodes, elements, var);
     } else {
         temperatures.converged = false;
     }
@@ -213,6 +213,8 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     bool minorLossesConverged = false;
     bool limitsChanged = false;
     bool stopped = false;
+    bool converged = false;
+    int unsettledSolves = 0;
     TemperatureSolve temperatures;
     const int flowUpdates = 0;  // counts flow updates that had to be repeated: none ever is
     const double flowUpdateError = 0.0;
@@ -227,6 +229,7 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     FixedPressureElements betweenFixedPressures;
     FlowEnds flowEnds;
     MinorLosses minorLosses;
+    TemperatureSolver temperatureSolver;
 
     limits.prepare(nodes, elements, var);
     flowEnds.prepare(nodes, elements, var);
@@ -234,7 +237,7 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     groups.check(nodes, elements, var);
     system.prepare(nodes, elements, var);
     traceHeader(var);
-    minorLosses.start(nodes, elements, var);
+    minorLosses.start(elements, var);
     updateFrictionFactors(elements, var);
 
     var.nIter = 0;
@@ -267,15 +270,19 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
         watchStagnation(var, measures.massError, previousMassError);
         previousMassError = measures.massError;
 
-        updateTemperatures(nodes, elements, var, dt, measures, temperatures);
+        updateTemperatures(nodes, elements, var, dt, measures, temperatureSolver, temperatures);
         minorLossesConverged = minorLosses.update(nodes, elements, var);
         stopped = cancel != nullptr && cancel();
-    } while ((!(std::fabs(measures.massError) < var.Concrit) || !(measures.pressureError < var.Concrit) ||
-              !minorLossesConverged || !temperatures.converged || limitsChanged) &&
-             var.nIter < var.numitermm && !stopped && measures.finite);
+        const bool flowsConverged =
+            std::fabs(measures.massError) < var.Concrit && measures.pressureError < var.Concrit;
+        const bool outOfSweeps = flowsConverged && temperatures.sweeps >= kMostTemperatureSweeps;
+        unsettledSolves = outOfSweeps ? unsettledSolves + 1 : 0;
+        converged = flowsConverged && minorLossesConverged && temperatures.converged && !limitsChanged;
+    } while (!converged && var.nIter < var.numitermm && !stopped && measures.finite && temperatures.finite &&
+             unsettledSolves < kMostUnsettledSolves);
 
     updateElementPressures(nodes, elements, var);
-    if (var.Energy == 1) temperatures = solveTemperatures(nodes, elements, var);
+    if (var.Energy == 1) temperatures = temperatureSolver.solve(nodes, elements, var);
     limits.finish(elements, var);
     if (!measures.finite) measures.massError = std::numeric_limits<double>::infinity();
     if (!isFinite(nodes, elements, var)) measures.pressureError = std::numeric_limits<double>::infinity();

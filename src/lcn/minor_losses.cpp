@@ -12,8 +12,7 @@ namespace lcn
 namespace
 {
 
-constexpr int kNoMinorLosses = 4;    // mode
-constexpr double kLargestK = 200.0;  // [-] of a computed coefficient
+constexpr int kNoMinorLosses = 4;  // mode
 
 void applyMode(lcnNET_elems& elem, int mode)
 {
@@ -40,14 +39,15 @@ double relaxation(int updates, double relaxpp)
 
 }  // namespace
 
-void MinorLosses::start(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var)
+void MinorLosses::start(const ElementArray& elements, lcnNET_var& var)
 {
     if (var.Minor != kNoMinorLosses && var.warmStart() == 0) {
-        for (int e = 1; e <= var.ElemTotal; ++e)
+        for (int e = 1; e <= var.ElemTotal; ++e) {
+            // No junction has a loss yet: the starting flows all run from start to end, whatever way the elements were
+            // drawn, and with short pipes the answer could depend on which junctions they make divide or combine.
             elements[e].k = 0.0;
-        addJunctionLosses(nodes, elements, var);
-        for (int e = 1; e <= var.ElemTotal; ++e)
             applyMode(elements[e], var.Minor);
+        }
     }
     m_previousSum = sumOfK(elements, var);
     m_previous.resize(var.ElemTotal + 1);
@@ -63,7 +63,8 @@ bool MinorLosses::update(const NodeArray& nodes, const ElementArray& elements, l
         elem.k = 0.0;
         applyMode(elem, var.Minor);
     }
-    addJunctionLosses(nodes, elements, var);
+    // specified coefficients stand in the end where mode 0 asks for them
+    if (var.Minor != 0) addJunctionLosses(nodes, elements, var);
 
     const double weight = relaxation(m_updates, var.relaxpp);
     for (int e = 1; e <= var.ElemTotal; ++e) {

@@ -11,8 +11,8 @@ namespace lcn
 class MinorLosses
 {
 public:
-    /// Starting coefficients. Writes every k, unless there are no minor losses or the solve is warm.
-    void start(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var);
+    /// Starting coefficients, those of junctions 0. Writes every k, unless there are no minor losses or the solve is warm.
+    void start(const ElementArray& elements, lcnNET_var& var);
 
     /// One update, relaxed and capped at 200. Returns true when the sum of all K changed by less than Concrit.
     bool update(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var);

@@ -112,6 +112,7 @@ public:
     int LocalStartNode = 0, LocalEndNode = 0;  // solver node numbers
     int type = 0;                              // lcn::ElementType; other values have no law and carry no flow
     int Proximity = 0;
+    int subKind = 0;     // 40, 50: heat is given; 37: doubled heat transfer; no host input sets it
     int Energy_var = 0;  // energy input kind; translation
 
     double diam = 0.0;                         // [m] inner or hydraulic diameter

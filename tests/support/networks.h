@@ -73,6 +73,7 @@ public:
     }
 
     bool solve() const { return m_circuit->Solve(false, nullptr); }
+    bool solveWithTemperatures() const { return m_circuit->Solve(true, nullptr); }
     /// Results of a key in order of creation; empty without results.
     std::vector<double> results(int key) const;
     /// Feedback as text: "id(value, value) ...".
