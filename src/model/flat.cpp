@@ -89,7 +89,7 @@ IFluid* vcICircuitGetFluid(ICircuit* circuit)
     return circuit->GetFluid();
 }
 
-const IFluid* vcICircuitGetConstFluid(const ICircuit* circuit)
+const IFluid* vcICircuitGetConstFluid(ICircuit* circuit)
 {
     return circuit->GetConstFluid();
 }
@@ -227,7 +227,7 @@ IEntity* vcICircuitGetEntity(ICircuit* circuit)
     return circuit->GetEntity();
 }
 
-const IEntity* vcICircuitGetEntityConst(const ICircuit* circuit)
+const IEntity* vcICircuitGetEntityConst(ICircuit* circuit)
 {
     return circuit->GetEntityConst();
 }
@@ -302,7 +302,7 @@ IEntity* vcINodeGetEntity(INode* node)
     return node->GetEntity();
 }
 
-const IEntity* vcINodeGetEntityConst(const INode* node)
+const IEntity* vcINodeGetEntityConst(INode* node)
 {
     return node->GetEntityConst();
 }
@@ -354,7 +354,7 @@ IEntity* vcIElementGetEntity(IElement* element)
     return element->GetEntity();
 }
 
-const IEntity* vcIElementGetEntityConst(const IElement* element)
+const IEntity* vcIElementGetEntityConst(IElement* element)
 {
     return element->GetEntityConst();
 }
@@ -449,7 +449,7 @@ IEntity* vcIFluidGetEntity(IFluid* fluid)
     return fluid->GetEntity();
 }
 
-const IEntity* vcIFluidGetEntityConst(const IFluid* fluid)
+const IEntity* vcIFluidGetEntityConst(IFluid* fluid)
 {
     return fluid->GetEntityConst();
 }

@@ -1,0 +1,70 @@
+// Tavell.cpp: operations over all circuits of a system object.
+#include "Tavell.h"
+
+#include <memory>
+
+namespace Velcor::Tavell
+{
+
+void Tavell::Release()
+{
+    delete this;
+}
+
+ICircuit* Tavell::CreateCircuit()
+{
+    Circuit& circuit = m_circuits.append(std::make_unique<Circuit>(m_registry));
+    m_registry.circuits.set(&circuit, &circuit);
+    return &circuit;
+}
+
+std::size_t Tavell::GetNoCircuits()
+{
+    return m_circuits.size();
+}
+
+ICircuit* Tavell::GetCircuit(std::size_t index)
+{
+    return m_circuits.at(index);
+}
+
+bool Tavell::ReleaseCircuit(ICircuit* circuit)
+{
+    const Circuit* known = m_registry.circuits.find(circuit);
+    if (known == nullptr) return false;
+    m_registry.circuits.erase(circuit);
+    m_circuits.release(*known);
+    return true;
+}
+
+void Tavell::ReleaseAllCircuits()
+{
+    m_registry.circuits.clear();
+    m_circuits.clear();
+}
+
+void Tavell::Solve(bool energy, bool validateFirst, bool (*cancel)())
+{
+    for (Circuit* circuit : m_circuits) {
+        if (validateFirst && !circuit->Validate()) continue;
+        circuit->Solve(energy, cancel);
+    }
+}
+
+void Tavell::ValidateCircuits()
+{
+    for (Circuit* circuit : m_circuits)
+        circuit->Validate();
+}
+
+ICircuit* Tavell::FindParentCircuitFromNode(INode* node)
+{
+    return m_registry.nodes.find(node);
+}
+
+ICircuit* Tavell::FindParentCircuitFromElement(IElement* element)
+{
+    return m_registry.elements.find(element);
+}
+
+}  // namespace Velcor::Tavell
