@@ -112,7 +112,7 @@ TAVELL_API vcICircuit* vcITavellFindParentCircuitFromElement(vcITavell* system, 
 TAVELL_API vcIFluid* vcICircuitGetFluid(vcICircuit* circuit);
 
 /** The same fluid, read only. */
-TAVELL_API const vcIFluid* vcICircuitGetConstFluid(const vcICircuit* circuit);
+TAVELL_API const vcIFluid* vcICircuitGetConstFluid(vcICircuit* circuit);
 
 /** Direction of gravity [-]. */
 TAVELL_API void vcICircuitGetGravity(vcICircuit* circuit, double* x, double* y, double* z);
@@ -198,7 +198,7 @@ TAVELL_API vcINode* vcICircuitGetNodeById(vcICircuit* circuit, int id);
 TAVELL_API vcIEntity* vcICircuitGetEntity(vcICircuit* circuit);
 
 /** The same entity, read only. */
-TAVELL_API const vcIEntity* vcICircuitGetEntityConst(const vcICircuit* circuit);
+TAVELL_API const vcIEntity* vcICircuitGetEntityConst(vcICircuit* circuit);
 
 /** Accepts a path and does nothing. */
 TAVELL_API void vcICircuitSetSolveLogFile(vcICircuit* circuit, const char* path);
@@ -246,7 +246,7 @@ TAVELL_API int vcINodeGetConstraint(vcINode* node);
 TAVELL_API vcIEntity* vcINodeGetEntity(vcINode* node);
 
 /** The same entity, read only. */
-TAVELL_API const vcIEntity* vcINodeGetEntityConst(const vcINode* node);
+TAVELL_API const vcIEntity* vcINodeGetEntityConst(vcINode* node);
 
 /* IElement: a pipe, pump, valve, orifice or loss */
 
@@ -280,7 +280,7 @@ TAVELL_API int vcIElementGetCurveData(vcIElement* element, double* referenceDens
 TAVELL_API vcIEntity* vcIElementGetEntity(vcIElement* element);
 
 /** The same entity, read only. */
-TAVELL_API const vcIEntity* vcIElementGetEntityConst(const vcIElement* element);
+TAVELL_API const vcIEntity* vcIElementGetEntityConst(vcIElement* element);
 
 /* IEntity: properties and meta string of any object */
 
@@ -344,7 +344,7 @@ TAVELL_API int vcIPropertySetSetStringPropertyByName(vcIPropertySet* properties,
 TAVELL_API vcIEntity* vcIFluidGetEntity(vcIFluid* fluid);
 
 /** The same entity, read only. */
-TAVELL_API const vcIEntity* vcIFluidGetEntityConst(const vcIFluid* fluid);
+TAVELL_API const vcIEntity* vcIFluidGetEntityConst(vcIFluid* fluid);
 
 /** Display name. */
 TAVELL_API const char* vcIFluidGetUIName(vcIFluid* fluid);
