@@ -1,0 +1,36 @@
+#include "number_text.h"
+
+#include <array>
+#include <charconv>
+
+namespace
+{
+
+constexpr int kShortDigits = 4;
+constexpr int kScientificDecimals = 4;
+
+std::string written(double value, std::chars_format format, int precision)
+{
+    std::array<char, 400> text{};  // the largest double has 309 digits before the decimal point
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), value, format, precision).ptr;
+    return {text.data(), end};
+}
+
+}  // namespace
+
+std::string shortNumber(double value)
+{
+    return written(value, std::chars_format::general, kShortDigits);
+}
+
+std::string fixedNumber(double value, int decimals)
+{
+    std::string text = written(value, std::chars_format::fixed, decimals);
+    if (text[0] == '-' && text.find_first_not_of("-0.") == std::string::npos) text.erase(0, 1);
+    return text;
+}
+
+std::string scientificNumber(double value)
+{
+    return written(value == 0.0 ? 0.0 : value, std::chars_format::scientific, kScientificDecimals);
+}

@@ -1,0 +1,88 @@
+#include "solve_command.h"
+
+#include <cstdio>
+#include <memory>
+
+#include <tavell/CreateTavell.h>
+#include <tavell/ICircuit.h>
+#include <tavell/ITavell.h>
+
+#include "csv_file.h"
+#include "feedback_text.h"
+#include "network_builder.h"
+#include "network_file.h"
+#include "problems.h"
+#include "tables.h"
+
+namespace
+{
+
+using Velcor::Tavell::CreateTavell;
+using Velcor::Tavell::ICircuit;
+using Velcor::Tavell::ITavell;
+
+struct SystemReleaser {
+    void operator()(ITavell* system) const { system->Release(); }
+};
+
+void printErrors(const std::vector<std::string>& lines)
+{
+    for (const std::string& line : lines)
+        std::fprintf(stderr, "%s\n", line.c_str());
+}
+
+/// The feedback of the last solve, one line each.
+void printFeedback(const std::string& path, ICircuit& circuit)
+{
+    Problems feedback(path);
+    for (const std::string& text : feedbackTexts(circuit))
+        feedback.addToFile(text);
+    printErrors(feedback.lines());
+}
+
+bool printResults(const Network& network, ICircuit& circuit)
+{
+    const std::string text = resultTables(network, circuit);
+    const bool isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    return std::fflush(stdout) == 0 && isWritten;
+}
+
+bool solve(const std::string& path, ICircuit& circuit)
+{
+    const bool hasConverged = circuit.Solve(false);
+    printFeedback(path, circuit);
+    if (hasConverged && hasUsableResults(circuit)) return true;
+    Problems verdict(path);
+    verdict.addToFile(hasConverged ? "the solve ended with values that are no numbers; check the sizes"
+                                   : "the solve did not converge; there are no results");
+    printErrors(verdict.lines());
+    return false;
+}
+
+}  // namespace
+
+int solveCommand(const std::string& path, const std::optional<std::string>& csvPath)
+{
+    Problems problems(path);
+    Problems csvProblems(csvPath.value_or(""));
+    if (csvPath) checkCsvPath(*csvPath, path, csvProblems);
+    const auto network = readNetworkFile(path, problems);
+    printErrors(csvProblems.lines());
+    printErrors(problems.lines());
+    if (!network || !csvProblems.isEmpty()) return kBadInput;
+
+    const std::unique_ptr<ITavell, SystemReleaser> system(CreateTavell(false));
+    ICircuit& circuit = *system->CreateCircuit();
+    if (!buildCircuit(*network, circuit, problems) || !isReadyToSolve(*network, circuit, problems)) {
+        printErrors(problems.lines());
+        return kBadInput;
+    }
+    if (!solve(path, circuit)) return kNotConverged;
+    if (!printResults(*network, circuit)) {
+        std::fprintf(stderr, "tavell: the results could not be printed\n");
+        return kInternalError;
+    }
+    if (csvPath) writeCsvFile(*csvPath, circuit, csvProblems);
+    printErrors(csvProblems.lines());
+    return csvProblems.isEmpty() ? kConverged : kBadInput;
+}
