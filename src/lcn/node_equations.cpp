@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "constants.h"
 
@@ -73,7 +74,7 @@ ElementEquation curveEquation(const lcnNET_elems& elem, const LinearisedLaw& law
 /// Volume flow [m3/s] >= 0 at which a q^n + r2 q^2 = head [m2/s2], by Newton's method from q.
 double powerLawFlow(double a, double n, double r2, double head, double q, double criterion)
 {
-    double step = INFINITY;
+    double step = std::numeric_limits<double>::infinity();
     for (int i = 0; i < kNewtonSteps; ++i) {
         const double residual = a * power(q, n) + r2 * q * q - head;
         if (std::fabs(residual) <= criterion && std::fabs(step) <= kNewtonTolerance * q) return q;

@@ -10,6 +10,8 @@
 #include "errors.h"
 #include "node_equations.h"
 #include "orifice.h"
+#include "report.h"
+#include "text_format.h"
 
 namespace lcn
 {
@@ -128,7 +130,23 @@ void softenInnerFixedFlows(const NodeArray& nodes, const ElementArray& elements,
     }
 }
 
-void closeOpenEnds(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
+// clang-format off
+constexpr const char* kInitialReport = "Initial_debug_file.dat";
+constexpr const char* kOpenEnds      = "forcedbc.dat";
+// kept: the blank behind the line break; programs that read this file count on it at the start of the next line.
+constexpr const char* kOpenEndLine   = "Boundary Node %d connected to Element %3d from node %3d to node %3d has no boundary condition\n ";
+// clang-format on
+
+/// Whether the environment asks for debug files.
+bool debugIsRequested()
+{
+    const char* setting = std::getenv("TAVELL_DEBUG_FILE");
+    return setting != nullptr && std::atoi(setting) == 1;
+}
+
+/// Forces zero flow on every open end and writes a line on each to openEnds, when that is open.
+void closeOpenEnds(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                   TextFile& openEnds)
 {
     for (int i = 1; i <= var.NodeTotal; ++i) {
         const lcnNET_nodes& node = nodes[i];
@@ -139,6 +157,7 @@ void closeOpenEnds(const NodeArray& nodes, const ElementArray& elements, const l
         elem.FixedFlow = 0.0;
         elem.Massflow = 0.0;
         elem.fix = 1;
+        openEnds.print(kOpenEndLine, node.node_no, elem.elem_no, elem.StartNode, elem.EndNode);
     }
 }
 
@@ -192,9 +211,10 @@ void setInitialValues(const NodeArray& nodes, const ElementArray& elements, lcnN
 
 void applyDebugAndOpenEnds(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var)
 {
-    const char* debug = std::getenv("TAVELL_DEBUG_FILE");
-    if (debug != nullptr && std::atoi(debug) == 1) var.Debug = true;
-    closeOpenEnds(nodes, elements, var);
+    if (debugIsRequested()) var.Debug = true;
+    if (var.Debug) writeReport(elements, nodes, var, kInitialReport);
+    TextFile openEnds = var.Debug ? TextFile(kOpenEnds) : TextFile();
+    closeOpenEnds(nodes, elements, var, openEnds);
 }
 
 void keepAsPrevious(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)

@@ -20,8 +20,10 @@ void fitCurves(const ElementArray& elements, lcnNET_var& var);
 /// valve or non-return element that does not end at a flow boundary starts as an open resistance.
 void setInitialValues(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var);
 
-/// Settles Debug from the environment variable TAVELL_DEBUG_FILE and forces zero flow on every end node that has
-/// neither a fixed pressure nor a fixed flow.
+/// Settles Debug: TAVELL_DEBUG_FILE set to 1 switches it on, anything else leaves it. Then forces zero flow on every end
+/// node that has neither a fixed pressure nor a fixed flow. With Debug it writes the report "Initial_debug_file.dat" before
+/// and a line for each forced end to "forcedbc.dat"; a file that cannot be opened is left out, the ends are forced all the
+/// same.
 void applyDebugAndOpenEnds(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var);
 
 /// Copies every current value into its previous-iteration companion.

@@ -1,6 +1,7 @@
 #include "networks.h"
 
 #include <cmath>
+#include <limits>
 #include <sstream>
 
 namespace support
@@ -189,7 +190,7 @@ LawCheck checkLaws(const Description& d, const Built& built)
     const std::vector<double> flow = built.results(TAVELL_RESULT_MASS_FLOW);
     const std::vector<double> pressure = built.results(TAVELL_RESULT_PRESSURE);
     if (flow.size() != d.elements.size() || pressure.size() != d.nodes.size()) {
-        check.mass = check.pressure = INFINITY;
+        check.mass = check.pressure = std::numeric_limits<double>::infinity();
         check.worst = "no results: " + built.feedback();
         return check;
     }
@@ -197,7 +198,7 @@ LawCheck checkLaws(const Description& d, const Built& built)
     std::vector<double> inflow(d.nodes.size(), 0.0);
     std::vector<int> ends(d.nodes.size(), 0);
     double total = 0.0;
-    double lowest = INFINITY;
+    double lowest = std::numeric_limits<double>::infinity();
     for (const NodeData& node : d.nodes)
         lowest = std::min(lowest, heightOf(d, node));
     // total pressure, counted from the lowest node as the measure of convergence does
