@@ -20,7 +20,7 @@ public:
     /// 3005; other ids give false and store nothing, accepted ones true. A fluid takes any id and answers whether the
     /// value changed.
     virtual bool SetProperty(int id, double value) = 0;
-    /// The same by name, in any letter case; false for an unknown name.
+    /// The same by name, in any letter case. An unknown name counts as id -1, which only a fluid takes.
     virtual bool SetPropertyByName(const char* name, double value) = 0;
     /// Whether a value is stored for id.
     virtual bool HasProperty(int id) = 0;

@@ -293,7 +293,7 @@ TAVELL_API const char* vcIEntityGetMeta(vcIEntity* entity);
 /** Stores a number; 0 when the entity refuses the id (a fluid: when nothing changed). */
 TAVELL_API int vcIEntitySetProperty(vcIEntity* entity, int id, double value);
 
-/** The same by name. */
+/** The same by name, in any letter case. An unknown name counts as id -1, which only a fluid takes. */
 TAVELL_API int vcIEntitySetPropertyByName(vcIEntity* entity, const char* name, double value);
 
 /** 1 when a value is stored. */

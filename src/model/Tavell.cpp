@@ -45,9 +45,11 @@ void Tavell::ReleaseAllCircuits()
 
 void Tavell::Solve(bool energy, bool validateFirst, bool (*cancel)())
 {
-    for (Circuit* circuit : m_circuits) {
-        if (validateFirst && !circuit->Validate()) continue;
-        circuit->Solve(energy, cancel);
+    // By position: the cancellation callback may create a circuit.
+    for (std::size_t i = 0; i < m_circuits.size(); ++i) {
+        Circuit& circuit = *m_circuits.at(i);
+        if (validateFirst && !circuit.Validate()) continue;
+        circuit.Solve(energy, cancel);
     }
 }
 
