@@ -136,9 +136,9 @@ enum TavellProperty {
     TAVELL_CIRCUIT_GRAVITY_X = 3000, /**< direction of gravity, length 1 (0, 0, 0: none) */
     TAVELL_CIRCUIT_GRAVITY_Y = 3001,
     TAVELL_CIRCUIT_GRAVITY_Z = 3002,
-    TAVELL_CIRCUIT_MINOR_LOSS = 3003,          /**< 0 specified K only, 1 computed junction losses unless a
-                                                           K is specified, other values computed K only */
-    TAVELL_CIRCUIT_FRICTION_FACTOR = 3004,     /**< TavellFrictionMethod */
+    TAVELL_CIRCUIT_MINOR_LOSS = 3003,      /**< 0 specified K only, 1 computed junction losses unless a K is
+                                           specified, other values computed K only, none where three flows meet */
+    TAVELL_CIRCUIT_FRICTION_FACTOR = 3004, /**< TavellFrictionMethod */
     TAVELL_CIRCUIT_CALCULATE_VISCOSITY = 3005, /**< not 0: viscosity follows temperature */
 
     TAVELL_FLUID_DEFAULT_TEMPERATURE = 4000, /**< [K] */
