@@ -7,6 +7,7 @@
 #include "lcn/iteration.h"
 #include "lcn/node_equations.h"
 #include "lcn/preparation.h"
+#include "lcn/report.h"
 #include "model/Circuit.h"
 #include "result_mapping.h"
 #include "translation.h"
@@ -50,6 +51,8 @@ bool Circuit::Solve(bool energy, bool (*cancel)())
         const bool converged =
             lcn::iterate(network.nodes, network.elements, network.var, lcn::kSteadyState, cancel);
         makePressuresStatic(network);
+        if (network.var.Debug)
+            lcn::writeReport(network.elements, network.nodes, network.var, "Results_c.dat");
         std::map<int, ResultsSet> results;
         if (converged) results = mapResults(network.nodes, network.elements, network.var);
         mapFeedback(network.var.Messages, m_feedback);

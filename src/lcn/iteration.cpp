@@ -14,6 +14,7 @@
 #include "preparation.h"
 #include "pressure_groups.h"
 #include "pressure_solve.h"
+#include "report.h"
 #include "temperature.h"
 #include "trace.h"
 #include "viscosity.h"
@@ -24,6 +25,7 @@ namespace lcn
 namespace
 {
 
+constexpr const char* kReportName = "network_results.dat";
 constexpr double kStagnation = 1e-10;        // [-] change of the mass error that counts as none
 constexpr double kStagnantRelaxation = 0.1;  // relaxpp of a stagnating solve
 constexpr double kSmallestRe = 1.0;          // [-] slower elements take no part in the pressure measure
@@ -286,7 +288,10 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     limits.finish(elements, var);
     if (!measures.finite) measures.massError = std::numeric_limits<double>::infinity();
     if (!isFinite(nodes, elements, var)) measures.pressureError = std::numeric_limits<double>::infinity();
-    return recordOutcome(var, measures, temperatures, minorLosses, flowUpdates, flowUpdateError, stopped);
+    converged =
+        recordOutcome(var, measures, temperatures, minorLosses, flowUpdates, flowUpdateError, stopped);
+    if (var.Debug) writeReport(elements, nodes, var, var.name.empty() ? std::string(kReportName) : var.name);
+    return converged;
 }
 
 }  // namespace lcn
