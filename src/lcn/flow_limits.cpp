@@ -19,6 +19,7 @@ constexpr int kIterationsBetween = 3;        // changes of the set
 constexpr double kPressureTolerance = 1e-9;  // [-] of the largest pressure
 constexpr double kReverseTolerance = 1e-6;   // [-] of the average flow
 constexpr double kReopenedFlow = 0.001;      // [-] of the average flow
+constexpr double kBalanceTolerance = 1e-9;   // [-] of the largest flow
 constexpr int kMostReleases = 50;            // of one element: then it stays fixed
 constexpr int kFixedPressures = 0;           // the set that stands for all fixed pressures
 
@@ -111,8 +112,8 @@ void FlowLimits::prepare(const NodeArray& nodes, const ElementArray& elements, c
 bool FlowLimits::update(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, int n,
                         double massError, double averageFlow)
 {
-    if (m_limited.empty() || !(std::fabs(massError) < kSettledError) || n - m_lastChange < kIterationsBetween)
-        return false;
+    m_decided = std::fabs(massError) < kSettledError && n - m_lastChange >= kIterationsBetween;
+    if (m_limited.empty() || !m_decided) return false;
     const bool changed =
         release(nodes, elements, var, averageFlow) || mark(nodes, elements, var, averageFlow);
     if (changed) m_lastChange = n;
@@ -158,10 +159,62 @@ bool FlowLimits::mark(const NodeArray& nodes, const ElementArray& elements, cons
         worstFirst.push_back(violator.element);
     }
     std::vector<int> marked = fixable(nodes, elements, var, isViolator, worstFirst);
-    if (marked.empty()) marked.push_back(worstFirst.front());
+    if (marked.empty()) {
+        marked.push_back(worstFirst.front());
+        openSurplus(nodes, elements, var, worstFirst.front());
+    }
     for (const int e : marked)
         elements[e].FlowLimited = 1;
     return true;
+}
+
+/// The last link of a part is about to be fixed. When the flows that then bound the part do not balance, the limit of
+/// a control valve that feeds the surplus (or draws the deficit) cannot be met: the largest such valve opens again, and
+/// carries less than its limit.
+void FlowLimits::openSurplus(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                             int lastLink)
+{
+    NodeSets sets(var.NodeTotal);
+    for (int i = 1; i <= var.NodeTotal; ++i)
+        if (nodes[i].flag == kPressureBoundary) sets.join(i, kFixedPressures);
+    for (int e = 1; e <= var.ElemTotal; ++e) {
+        const lcnNET_elems& elem = elements[e];
+        if (e != lastLink && hasLaw(elem.type) && elem.fix == 0 && elem.FlowLimited == 0)
+            sets.join(elem.LocalStartNode, elem.LocalEndNode);
+    }
+    const lcnNET_elems& link = elements[lastLink];
+    const bool startIsReached = sets.find(link.LocalStartNode) == sets.find(kFixedPressures);
+    const int part = sets.find(startIsReached ? link.LocalEndNode : link.LocalStartNode);
+
+    // [kg/s] into the part through element e once the link is fixed
+    const auto inflow = [&](int e) {
+        const lcnNET_elems& elem = elements[e];
+        double flow = elem.fix != 0 ? elem.FixedFlow : 0.0;
+        if (e == lastLink && elem.type == kControlValve) flow = std::copysign(elem.FixedFlow, elem.Massflow);
+        return ((sets.find(elem.LocalEndNode) == part) - (sets.find(elem.LocalStartNode) == part)) * flow;
+    };
+    double net = 0.0;
+    double largest = 0.0;
+    for (int e = 1; e <= var.ElemTotal; ++e) {
+        net += inflow(e);
+        largest = std::fmax(largest, std::fabs(inflow(e)));
+    }
+    if (!(std::fabs(net) > kBalanceTolerance * largest)) return;
+
+    Limited* surplus = nullptr;
+    for (Limited& limited : m_limited) {
+        const lcnNET_elems& elem = elements[limited.element];
+        if (limited.element == lastLink || elem.type != kControlValve || elem.fix == 0) continue;
+        if (limited.releases >= kMostReleases || !(inflow(limited.element) * net > 0.0)) continue;
+        if (surplus == nullptr || std::fabs(inflow(limited.element)) > std::fabs(inflow(surplus->element)))
+            surplus = &limited;
+    }
+    if (surplus == nullptr) return;
+    lcnNET_elems& valve = elements[surplus->element];
+    valve.fix = 0;
+    valve.FlowLimited = 0;
+    valve.Massflow = valve.FixedFlow / 2.0;
+    ++surplus->releases;
 }
 
 void FlowLimits::finish(const ElementArray& elements, const lcnNET_var& var) const

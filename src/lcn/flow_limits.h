@@ -27,6 +27,9 @@ public:
     bool update(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, int n,
                 double massError, double averageFlow);
 
+    /// Whether the last call of update could decide: the present flows have then been looked at.
+    bool hasDecided() const { return m_limited.empty() || m_decided; }
+
     /// Marks every control valve and non-return element as limited, as reports show them.
     void finish(const ElementArray& elements, const lcnNET_var& var) const;
 
@@ -45,7 +48,11 @@ private:
     bool mark(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
               double averageFlow);
 
+    void openSurplus(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                     int lastLink);
+
     std::vector<Limited> m_limited;
+    bool m_decided = false;
     int m_lastChange = 0;  // iteration
 };
 

@@ -237,6 +237,7 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     flowEnds.prepare(nodes, elements, var);
     betweenFixedPressures.prepare(nodes, elements, var);
     groups.check(nodes, elements, var);
+    groups.record(var);
     system.prepare(nodes, elements, var);
     traceHeader(var);
     minorLosses.start(elements, var);
@@ -279,12 +280,14 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
             std::fabs(measures.massError) < var.Concrit && measures.pressureError < var.Concrit;
         const bool outOfSweeps = flowsConverged && temperatures.sweeps >= kMostTemperatureSweeps;
         unsettledSolves = outOfSweeps ? unsettledSolves + 1 : 0;
-        converged = flowsConverged && minorLossesConverged && temperatures.converged && !limitsChanged;
+        converged = flowsConverged && minorLossesConverged && temperatures.converged && !limitsChanged &&
+                    limits.hasDecided();
     } while (!converged && var.nIter < var.numitermm && !stopped && measures.finite && temperatures.finite &&
              unsettledSolves < kMostUnsettledSolves);
 
     updateElementPressures(nodes, elements, var);
     if (var.Energy == 1) temperatures = temperatureSolver.solve(nodes, elements, var);
+    groups.record(var);
     limits.finish(elements, var);
     if (!measures.finite) measures.massError = std::numeric_limits<double>::infinity();
     if (!isFinite(nodes, elements, var)) measures.pressureError = std::numeric_limits<double>::infinity();

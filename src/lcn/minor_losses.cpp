@@ -49,6 +49,9 @@ void MinorLosses::start(const ElementArray& elements, lcnNET_var& var)
             applyMode(elements[e], var.Minor);
         }
     }
+    if (var.Minor == kNoMinorLosses)
+        for (int e = 1; e <= var.ElemTotal; ++e)
+            elements[e].k = 0.0;
     m_previousSum = sumOfK(elements, var);
     m_previous.resize(var.ElemTotal + 1);
 }

@@ -49,10 +49,13 @@ NodeSets joinThroughOpenElements(const NodeArray& nodes, const ElementArray& ele
 
 }  // namespace
 
-bool PressureGroups::check(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var)
+bool PressureGroups::check(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
 {
-    for (const int node : m_held)
+    m_notes.clear();
+    for (const int node : m_held) {
         nodes[node].flag = kFreeNode;
+        nodes[node].Masssource = 0.0;  // of the boundary node that it was
+    }
     const std::vector<int> heldBefore = std::move(m_held);
     m_held.clear();
 
@@ -91,7 +94,7 @@ bool PressureGroups::check(const NodeArray& nodes, const ElementArray& elements,
 
     for (const auto& [set, group] : groups) {
         const bool balanced = std::fabs(group.netInflow) <= kBalanceTolerance * group.largestFlow;
-        report(group, balanced, nodes, elements, var);
+        note(group, balanced, nodes, elements);
         if (!balanced) continue;
         lcnNET_nodes& node = nodes[group.firstNode];
         node.flag = kPressureBoundary;
@@ -101,18 +104,29 @@ bool PressureGroups::check(const NodeArray& nodes, const ElementArray& elements,
     return m_held != heldBefore;
 }
 
-void PressureGroups::report(const Group& group, bool balanced, const NodeArray& nodes,
-                            const ElementArray& elements, lcnNET_var& var)
+void PressureGroups::note(const Group& group, bool balanced, const NodeArray& nodes,
+                          const ElementArray& elements)
 {
-    if (!m_reported.insert(group.firstNode).second) return;
-    const int number = nodes[group.firstNode].node_no;
-    if (!balanced) {
-        var.AddMessage(701203, number, group.netInflow);
-        return;
+    const double number = nodes[group.firstNode].node_no;
+    Note note{group.firstNode, balanced, {}};
+    if (balanced) {
+        note.messages.push_back({701204, {number}});
+        for (const int e : group.boundary)
+            note.messages.push_back({imposedFlow(elements[e]) == 0.0 ? 701205U : 701206U,
+                                     {static_cast<double>(elements[e].elem_no)}});
+    } else {
+        note.messages.push_back({701203, {number, group.netInflow}});
     }
-    var.AddMessage(701204, number);
-    for (const int e : group.boundary)
-        var.AddMessage(imposedFlow(elements[e]) == 0.0 ? 701205 : 701206, elements[e].elem_no);
+    m_notes.push_back(std::move(note));
+}
+
+void PressureGroups::record(lcnNET_var& var)
+{
+    for (const Note& note : m_notes) {
+        if (!m_recorded.insert({note.firstNode, note.balanced}).second) continue;
+        for (const Message& message : note.messages)
+            var.AddMessage(message.id, message.parameters);
+    }
 }
 
 }  // namespace lcn

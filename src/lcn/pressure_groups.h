@@ -2,6 +2,7 @@
 #pragma once
 
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "records.h"
@@ -16,12 +17,16 @@ namespace lcn
 class PressureGroups
 {
 public:
-    /// Checks the network as it stands and holds or frees pressures. Each group is reported once, by its first node:
-    /// 701203 (node number, net inflow) when the fixed flows of its boundary do not balance to 1e-9 of the largest;
-    /// else 701204 (node number) and for each bounding element 701205 (zero flow) or 701206 (other), with its number.
-    /// Reads flag, fix, FlowLimited, FixedFlow, Massflow, Pressure; writes flag and Pressbound of held nodes.
+    /// Checks the network as it stands, holds and frees pressures, and notes for each group it finds: 701203 (node
+    /// number, net inflow) when the fixed flows of its boundary do not balance to 1e-9 of the largest; else 701204
+    /// (node number) and for each bounding element 701205 (zero flow) or 701206 (other), with its number.
+    /// Reads flag, fix, FlowLimited, FixedFlow, Massflow, Pressure; writes flag, Pressbound and Masssource of held nodes.
     /// Returns true when the set of free nodes changed. Cost: proportional to the network.
-    bool check(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var);
+    bool check(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var);
+
+    /// Appends the messages of the last check's groups that are not recorded yet. A group that valves made on the way and undid
+    /// again is no concern of the host, so this is called before the iteration and after it.
+    void record(lcnNET_var& var);
 
 private:
     struct Group {
@@ -31,11 +36,17 @@ private:
         std::vector<int> boundary;  // bounding elements
     };
 
-    void report(const Group& group, bool balanced, const NodeArray& nodes, const ElementArray& elements,
-                lcnNET_var& var);
+    void note(const Group& group, bool balanced, const NodeArray& nodes, const ElementArray& elements);
 
-    std::vector<int> m_held;   // nodes whose pressure is held
-    std::set<int> m_reported;  // first nodes of groups already reported
+    std::vector<int> m_held;  // nodes whose pressure is held
+    /// What is to be said of one group.
+    struct Note {
+        int firstNode;
+        bool balanced;
+        std::vector<Message> messages;
+    };
+    std::vector<Note> m_notes;                  // of the last check
+    std::set<std::pair<int, bool>> m_recorded;  // first node and balance of groups that were recorded
 };
 
 }  // namespace lcn
