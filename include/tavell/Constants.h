@@ -45,7 +45,8 @@ enum TavellEnergyType {
     TAVELL_ENERGY_HEAT = 5              /**< the value is a heat [W]; the wall temperature is computed */
 };
 
-/** Validity state: ICircuit::IsValid. States below 3 are suitable for analysis. */
+/** Validity state: ICircuit::IsValid. States below 3 are suitable for analysis. The detail checks are made only when the
+ *  environment variable TAVELL_DETAIL_CHECK is 1. */
 enum TavellValidity {
     TAVELL_VALID = 0,                       /**< valid */
     TAVELL_VALID_INNER_BOUNDARY_VALUES = 1, /**< valid; a node that is no inlet carries a boundary value */
@@ -71,10 +72,9 @@ enum TavellResultKey {
     TAVELL_RESULT_PRESSURE_DIFFERENCE = 5, /**< static pressure of the end node minus start node [Pa] */
     TAVELL_RESULT_NODE_TEMPERATURE = 6,    /**< fluid temperature at the node [K] */
     TAVELL_RESULT_PRESSURE = 7,            /**< static pressure at the node [Pa] */
-    TAVELL_RESULT_EXTERNAL_MASS_FLOW =
-        8 /**< external mass flow that enters the circuit at the node [kg/s]: the
-                                                supply (> 0) or demand (< 0) of a boundary node, the mass residual
-                                                of an inner one */
+    /** External mass flow that enters the circuit at the node [kg/s]: the supply (> 0) or demand (< 0) of a boundary
+     *  node, the mass residual of an inner one. */
+    TAVELL_RESULT_EXTERNAL_MASS_FLOW = 8
 };
 
 /** Friction-factor correlation, property TAVELL_CIRCUIT_FRICTION_FACTOR. */
@@ -121,17 +121,17 @@ enum TavellProperty {
     TAVELL_ELEMENT_FIXED_MASS_FLOW = 1026,         /**< [kg/s], fixed flow of a pump or loss; 0 is none */
 
     TAVELL_NODE_ID = 2000,
-    TAVELL_NODE_X = 2001,                 /**< [m] */
-    TAVELL_NODE_Y = 2002,                 /**< [m] */
-    TAVELL_NODE_Z = 2003,                 /**< [m] */
-    TAVELL_NODE_MODE = 2004,              /**< TavellNodeType */
-    TAVELL_NODE_REYNOLDS = 2005,          /**< [-] */
-    TAVELL_NODE_PRESSURE = 2006,          /**< [Pa], static */
-    TAVELL_NODE_MASS_FLOW_RATE = 2007,    /**< [kg/s], in the element's direction */
-    TAVELL_NODE_VELOCITY = 2008,          /**< [m/s], in the element's direction */
-    TAVELL_NODE_FLUID_TEMPERATURE = 2009, /**< [K], of fluid that enters at an inlet */
-    TAVELL_NODE_CONSTRAINT = 2010,        /**< TavellNodeConstraint */
-    TAVELL_NODE_PRESSURE_AND_FLOW_RATE_CONSTRAINT = 2011,
+    TAVELL_NODE_X = 2001,                                 /**< [m] */
+    TAVELL_NODE_Y = 2002,                                 /**< [m] */
+    TAVELL_NODE_Z = 2003,                                 /**< [m] */
+    TAVELL_NODE_MODE = 2004,                              /**< TavellNodeType */
+    TAVELL_NODE_REYNOLDS = 2005,                          /**< [-] */
+    TAVELL_NODE_PRESSURE = 2006,                          /**< [Pa], static */
+    TAVELL_NODE_MASS_FLOW_RATE = 2007,                    /**< [kg/s], in the element's direction */
+    TAVELL_NODE_VELOCITY = 2008,                          /**< [m/s], in the element's direction */
+    TAVELL_NODE_FLUID_TEMPERATURE = 2009,                 /**< [K], of fluid that enters at an inlet */
+    TAVELL_NODE_CONSTRAINT = 2010,                        /**< TavellNodeConstraint */
+    TAVELL_NODE_PRESSURE_AND_FLOW_RATE_CONSTRAINT = 2011, /**< stored, read by no solve */
 
     TAVELL_CIRCUIT_GRAVITY_X = 3000, /**< direction of gravity, length 1 (0, 0, 0: none) */
     TAVELL_CIRCUIT_GRAVITY_Y = 3001,

@@ -43,16 +43,17 @@ public:
 
     /// A round pipe from start to end.
     /// diameter [m] and area [m2] > 0; k [-] minor loss coefficient; energyType and energyValue: TavellEnergyType.
-    /// Null, and nothing changed, when a size is not positive, an end is not in this circuit, both ends have the same
-    /// id or location, or (duplicate check) an element from start to end exists.
+    /// Null, and nothing changed, when a size is 0 or less (a NaN passes), an end is not in this circuit, both ends have
+    /// the same id or location, or (duplicate check) an element from start to end exists.
     virtual IElement* CreateElement(INode* start, INode* end, double diameter, double area, double k,
                                     int energyType, double energyValue) = 0;
     /// A pipe of any cross-section; its diameter becomes the hydraulic one, 4 area / wettedPerimeter [m].
     /// Null as for CreateElement.
     virtual IElement* CreateNonRoundElement(INode* start, INode* end, double wettedPerimeter, double area,
                                             double k, int energyType, double energyValue) = 0;
-    /// A pump from its curve: count >= 4 volume flows [m3/s], strictly increasing, and pressure rises [Pa] measured
-    /// with fluid of referenceDensity [kg/m3]. Points are kept to 6 significant digits.
+    /// A pump from its curve: count >= 4 volume flows [m3/s] and pressure rises [Pa] measured with fluid of
+    /// referenceDensity [kg/m3]. Points are kept to 6 significant digits. The flows have to increase strictly; a solve
+    /// reports a curve whose flows do not.
     /// Null when the ends are refused as for CreateElement, an array is null or count is below 4.
     virtual IElement* CreatePump(INode* start, INode* end, const double* flowRates, const double* pressures,
                                  int count, double referenceDensity, int energyType, double energyValue) = 0;
@@ -62,15 +63,18 @@ public:
     /// Destroys an element. False when it is null or not in this circuit.
     virtual bool ReleaseElement(IElement* element) = 0;
 
-    /// Validity state, TavellValidity; changes nothing.
+    /// Validity state, TavellValidity; changes nothing. The environment variable TAVELL_DETAIL_CHECK = 1 adds the checks
+    /// of element ends and of connectivity; TAVELL_DONT_CHECK_CIRCUIT_CONNECTIVITY, when set, takes the latter away.
     virtual int IsValid() = 0;
     /// True when IsValid() is below 3.
     virtual bool IsSuitableForAnalysis() = 0;
     /// Gives elements and nodes usable, unique ids where they lack them, then answers as IsSuitableForAnalysis.
     virtual bool Validate() = 0;
-    /// Solves the circuit. True when it converged; its results can then be read. False otherwise, with the reasons
-    /// in GetFeedback().
-    /// energy: solve temperatures too. cancel: called once an iteration, true asks to stop; may be null.
+    /// Solves the circuit. True when it converged; its results can then be read. False otherwise, with the reasons in
+    /// GetFeedback(); an empty circuit has none. With the environment variable TAVELL_DETAIL_CHECK = 1 a circuit that is
+    /// not suitable for analysis is refused: false, and results and feedback stay as they were.
+    /// energy: solve temperatures too. cancel: called once an iteration, true asks to stop; may be null. It must not
+    /// change the circuit: a solve during which the circuit changed leaves no results and returns false.
     virtual bool Solve(bool energy, bool (*cancel)() = nullptr) = 0;
     /// One result quantity, TavellResultKey; null for an unknown key or without valid results.
     virtual IResultsSet* GetResults(int key) = 0;
@@ -102,7 +106,7 @@ public:
     /// Accepts a path and does nothing: no solve log is written.
     virtual void SetSolveLogFile(const char* path) = 0;
 
-    /// The elements that cannot be reached from the first node. *count receives their number; true when they fit into
+    /// The elements that cannot be reached from the first node, none with TAVELL_DONT_CHECK_CIRCUIT_CONNECTIVITY set. *count receives their number; true when they fit into
     /// capacity entries of out and were copied there, false when nothing was copied and a larger array is needed.
     virtual bool GetDisconnectedElements(IElement** out, int capacity, int* count) = 0;
 

@@ -34,7 +34,8 @@ public:
 
     /// Reads the curve: *count receives the number of points; when capacity holds them all, the arrays (capacity
     /// entries each) and *referenceDensity are filled and the result is true. False when capacity is too small (ask
-    /// with 0 first; the arrays may then be null) and, with *count = -1, for a pipe.
+    /// with 0 first; the arrays may then be null), when fewer pressures than flows are stored and, with *count = -1,
+    /// for a pipe.
     virtual bool GetCurveData(double* referenceDensity, double* flowRates, double* pressures, int capacity,
                               int* count) = 0;
 

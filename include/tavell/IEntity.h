@@ -8,6 +8,8 @@ namespace Velcor::Tavell
 class IPropertySet;
 
 /// Any object with properties. Property ids and units: Constants.h, TavellProperty.
+/// A change drops the results of the circuit, with three exceptions that leave them as they are: SetProperty on a
+/// fluid, RemoveProperty, and text stored through the property set.
 class IEntity
 {
 public:

@@ -24,7 +24,9 @@ public:
     virtual int GetType() = 0;
 
     /// Sets the constraint kind, TavellNodeConstraint, and the value that belongs to it: [Pa], [kg/s], [-] or [m/s].
-    /// Flows are counted in the direction of the element that ends here. Values of other kinds stay stored.
+    /// Flows are positive along the joined element, from its start to its end node, whichever of the two this is. Values of
+    /// other kinds stay stored. For kind 4 set the properties TAVELL_NODE_PRESSURE and TAVELL_NODE_MASS_FLOW_RATE: its
+    /// own value is stored but read by no solve.
     virtual void SetConstraint(int constraint, double value) = 0;
     virtual int GetConstraint() = 0;
 

@@ -39,9 +39,12 @@ public:
     /// suitable for analysis. cancel: called once an iteration, true asks to stop; may be null.
     virtual void Solve(bool energy, bool validateFirst, bool (*cancel)() = nullptr) = 0;
 
-    /// Joins circuits that have a node at exactly the same location; the older circuit absorbs the younger one.
-    /// Pipes and their properties move over with new ids. Elements without a diameter and an area (pumps and
-    /// losses from curves) cannot be moved and are lost with the absorbed circuit.
+    /// Joins circuits that have a node at the same location; the older circuit absorbs the younger one.
+    /// Locations are compared by a key, the exclusive-or of a hash of each coordinate, without any tolerance: nodes whose
+    /// coordinates are the same in another order, or that have two equal coordinates each, can match as well.
+    /// Elements move over with their properties and new ids. A node without a partner is copied once for each element
+    /// end that uses it, so inner nodes of the absorbed circuit come apart. Elements without a diameter and an area
+    /// (pumps and losses from curves) and duplicates cannot be moved and are lost.
     virtual void MergeCircuits() = 0;
 
     /// Calls ICircuit::Validate on every circuit; the answers are ignored.

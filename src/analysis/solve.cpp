@@ -45,6 +45,7 @@ bool Circuit::Solve(bool energy, bool (*cancel)())
 
     Network network = readModel(*this, energy);
     clearResults();
+    const std::uint64_t before = revision();
     try {
         completeNetwork(network);
         prepare(network);
@@ -54,7 +55,9 @@ bool Circuit::Solve(bool energy, bool (*cancel)())
         if (network.var.Debug)
             lcn::writeReport(network.elements, network.nodes, network.var, "Results_c.dat");
         std::map<int, ResultsSet> results;
-        if (converged) results = mapResults(network.nodes, network.elements, network.var);
+        const bool changedMeanwhile = revision() != before;  // by the cancellation callback
+        if (converged && !changedMeanwhile)
+            results = mapResults(network.nodes, network.elements, network.var);
         mapFeedback(network.var.Messages, m_feedback);
         m_results = std::move(results);
     } catch (const lcn::FatalException&) {

@@ -76,25 +76,45 @@ std::unordered_map<int, Node*> nodesById(Circuit& circuit)
 }
 
 /// Stores an end as the number that it is read as; returns whether that changed it.
-bool truncateEnd(Element& element, int end)
+bool truncateEnd(Element& element, int end, IdentifierChanges& changes)
 {
     const std::optional<int> id = namedId(element, end);
     if (!id || element.number(end) == *id) return false;
-    element.SetProperty(end, *id);
+    changes.set(element, end, *id);
     return true;
 }
 
 }  // namespace
 
-bool mendElementIds(Circuit& circuit)
+void IdentifierChanges::set(Entity& entity, int property, double value)
+{
+    const bool wasStored = entity.has(property);
+    m_changes.push_back(
+        {&entity, property, wasStored ? std::optional(entity.properties().text(property)) : std::nullopt});
+    entity.SetProperty(property, value);
+}
+
+void IdentifierChanges::undo()
+{
+    for (auto change = m_changes.rbegin(); change != m_changes.rend(); ++change) {
+        Properties& properties = change->entity->properties();
+        if (change->text)
+            properties.setText(change->property, *change->text);
+        else
+            properties.remove(change->property);
+    }
+    m_changes.clear();
+}
+
+bool mendElementIds(Circuit& circuit, IdentifierChanges& changes)
 {
     const Census<Element> census = censusOf(circuit.elements(), TAVELL_ELEMENT_ID);
     for (Element* element : census.withoutId)
-        element->SetProperty(TAVELL_ELEMENT_ID, circuit.takeElementId(census.taken));
+        changes.set(*element, TAVELL_ELEMENT_ID, circuit.takeElementId(census.taken));
     return !census.withoutId.empty();
 }
 
-bool mendNodeIds(Circuit& circuit)
+bool mendNodeIds(Circuit& circuit, IdentifierChanges& changes)
 {
     Census<Node> census = censusOf(circuit.nodes(), TAVELL_NODE_ID);
     if (census.withoutId.empty()) return false;
@@ -102,42 +122,42 @@ bool mendNodeIds(Circuit& circuit)
     const std::unordered_map<int, Node*> meant = nodesById(circuit);
     forEachNamedId(circuit, [&](Element&, int, int id) { census.taken.insert(id); });
     for (Node* node : census.withoutId)
-        node->SetProperty(TAVELL_NODE_ID, circuit.takeNodeId(census.taken));
+        changes.set(*node, TAVELL_NODE_ID, circuit.takeNodeId(census.taken));
 
     forEachNamedId(circuit, [&](Element& element, int end, int id) {
         const auto node = meant.find(id);
-        if (node != meant.end() && node->second->id() != id) element.SetProperty(end, node->second->id());
+        if (node != meant.end() && node->second->id() != id) changes.set(element, end, node->second->id());
     });
     return true;
 }
 
-bool truncateEndIds(Circuit& circuit)
+bool truncateEndIds(Circuit& circuit, IdentifierChanges& changes)
 {
     bool changed = false;
     for (Element* element : circuit.elements())
         for (const int end : {TAVELL_ELEMENT_START, TAVELL_ELEMENT_END})
-            changed = truncateEnd(*element, end) || changed;
+            changed = truncateEnd(*element, end, changes) || changed;
     return changed;
 }
 
-bool mendUnknownEnds(Circuit& /*circuit*/)
+bool mendUnknownEnds(Circuit& /*circuit*/, IdentifierChanges& /*changes*/)
 {
     return false;
 }
 
-bool mendEqualEnds(Circuit& /*circuit*/)
+bool mendEqualEnds(Circuit& /*circuit*/, IdentifierChanges& /*changes*/)
 {
     return false;
 }
 
-void tidy(Circuit& circuit)
+void tidy(Circuit& circuit, IdentifierChanges& changes)
 {
-    mendElementIds(circuit);
-    mendNodeIds(circuit);
-    truncateEndIds(circuit);
-    const bool unknownEndsMended = mendUnknownEnds(circuit);
-    const bool equalEndsMended = mendEqualEnds(circuit);
-    if (unknownEndsMended || equalEndsMended) truncateEndIds(circuit);
+    mendElementIds(circuit, changes);
+    mendNodeIds(circuit, changes);
+    truncateEndIds(circuit, changes);
+    const bool unknownEndsMended = mendUnknownEnds(circuit, changes);
+    const bool equalEndsMended = mendEqualEnds(circuit, changes);
+    if (unknownEndsMended || equalEndsMended) truncateEndIds(circuit, changes);
 }
 
 }  // namespace Velcor::Tavell

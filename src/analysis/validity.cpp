@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <optional>
+#include <utility>
 
 #include "connectivity.h"
 #include "model/Circuit.h"
@@ -144,8 +145,18 @@ bool Circuit::IsSuitableForAnalysis()
 
 bool Circuit::Validate()
 {
-    if (!hasResults()) tidy(*this);
-    return IsSuitableForAnalysis();
+    if (hasResults()) return IsSuitableForAnalysis();
+
+    Checkpoint before = checkpoint();
+    IdentifierChanges changes;
+    try {
+        tidy(*this, changes);
+        return IsSuitableForAnalysis();
+    } catch (...) {
+        changes.undo();
+        rollBack(std::move(before));
+        throw;
+    }
 }
 
 }  // namespace Velcor::Tavell

@@ -86,15 +86,18 @@ void FixedPressureElements::prepare(const NodeArray& nodes, const ElementArray& 
             m_elements.push_back(e);
 }
 
-void FixedPressureElements::update(const NodeArray& nodes, const ElementArray& elements,
+bool FixedPressureElements::update(const NodeArray& nodes, const ElementArray& elements,
                                    const lcnNET_var& var) const
 {
+    bool settled = true;
     for (const int e : m_elements) {
         lcnNET_elems& elem = elements[e];
         if (elem.FlowLimited != 0 && (elem.type == kControlValve || elem.type == kNonReturn))
             applyFlowLimit(elem);
-        if (elem.fix == 0) settleFlowBetweenFixedPressures(nodes, elements, var, e, kSettledTolerance);
+        if (elem.fix == 0)
+            settled = settleFlowBetweenFixedPressures(nodes, elements, var, e, kSettledTolerance) && settled;
     }
+    return settled;
 }
 
 void FlowEnds::prepare(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)

@@ -24,7 +24,8 @@ class FixedPressureElements
 {
 public:
     void prepare(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var);
-    void update(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var) const;
+    /// False when the flow of one of them does not settle.
+    bool update(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var) const;
 
 private:
     std::vector<int> m_elements;

@@ -251,7 +251,7 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
 
         updateFlows(nodes, elements, var, equations, corrections);
         if (var.compressible) updateElementPressures(nodes, elements, var);
-        betweenFixedPressures.update(nodes, elements, var);
+        const bool settled = betweenFixedPressures.update(nodes, elements, var);
         limitsChanged =
             limits.update(nodes, elements, var, var.nIter, previousMassError, measures.averageFlow);
         if (limitsChanged && groups.check(nodes, elements, var)) system.prepare(nodes, elements, var);
@@ -280,8 +280,8 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
             std::fabs(measures.massError) < var.Concrit && measures.pressureError < var.Concrit;
         const bool outOfSweeps = flowsConverged && temperatures.sweeps >= kMostTemperatureSweeps;
         unsettledSolves = outOfSweeps ? unsettledSolves + 1 : 0;
-        converged = flowsConverged && minorLossesConverged && temperatures.converged && !limitsChanged &&
-                    limits.hasDecided();
+        converged = flowsConverged && settled && minorLossesConverged && temperatures.converged &&
+                    !limitsChanged && limits.hasDecided();
     } while (!converged && var.nIter < var.numitermm && !stopped && measures.finite && temperatures.finite &&
              unsettledSolves < kMostUnsettledSolves);
 

@@ -146,7 +146,7 @@ void addJunctionLosses(const NodeArray& nodes, const ElementArray& elements, con
     Junction junction;
     for (int i = 1; i <= var.NodeTotal; ++i) {
         const lcnNET_nodes& node = nodes[i];
-        if (node.flag != kFreeNode || node.no_branches < 2) continue;
+        if ((node.flag != kFreeNode && node.held == 0) || node.no_branches < 2) continue;
         collectFlows(elements, node, junction);
         const std::size_t in = junction.in.size();
         const std::size_t out = junction.out.size();

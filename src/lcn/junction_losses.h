@@ -31,7 +31,7 @@ double branchLoss(double r, double cosine);
 double branchLossOnOwnVelocity(double r, double cosine);
 
 /// Adds to each element's k [-] the losses of the junctions at its two ends, on its own velocity, from the areas,
-/// directions and flows that meet at each free node.
+/// directions and flows that meet at each free node, held ones included.
 /// One flow in and one out: area change and bend. More: each outflow against a supply that has the flow-weighted mean
 /// velocity and direction of all inflows, after Mynard and Valen-Sendstad (2015); a supply that feeds and a supply that is
 /// fed by one more branch then merge without a step. Where var.Minor is 2, junctions of three flows have no loss.

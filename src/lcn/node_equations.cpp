@@ -17,6 +17,8 @@ constexpr double kNewtonTolerance = 1e-13;    // [-] last relative step of the f
 constexpr double kSecantAtRest = 10.0;        // [Pa s/m3]
 constexpr double kCurveSlopeAtRest = 10.0;    // [Pa s/m3]
 constexpr double kSmallestPowerSlope = 1e-6;  // [Pa s m3/(kg m3)] slope of a power law at zero flow
+constexpr double kDrowningRatio = 1e12;       // [-] of conductances that share one matrix
+constexpr double kRestRatio = 1e3;            // [-] of an element at rest to the largest other conductance
 constexpr double kHazenWilliamsExponent = 1.85;
 
 double signOf(double x)
@@ -123,6 +125,34 @@ void addStorage(const NodeArray& nodes, const ElementArray& elements, const lcnN
     }
 }
 
+/// Lowers the conductance of elements at rest where it would drown all others: in a matrix of 1e6 beside 1e-10, as in a
+/// grid of microchannels whose inner pressures start equal, the boundary is lost to rounding and with it the solution.
+/// They stay a thousand times more conductive than any element whose law has spoken.
+void lowerConductancesAtRest(const ElementArray& elements, const lcnNET_var& var, NodeEquations& equations)
+{
+    std::vector<char> atRest(equations.coef.size(), 0);
+    for (const int e : equations.withoutDrop)
+        atRest[static_cast<std::size_t>(e)] =
+            equations.coef[static_cast<std::size_t>(e)] == kLargeConductance;
+    double largest = 0.0;
+    for (std::size_t e = 1; e < atRest.size(); ++e)
+        if (!atRest[e]) largest = std::fmax(largest, equations.coef[e]);
+    if (!(largest > 0.0) || !(largest < kLargeConductance / kDrowningRatio)) return;
+
+    // summed anew: what is small against 1e6 is not to be had by subtraction
+    std::fill(equations.diag.begin(), equations.diag.end(), 0.0);
+    for (int e = 1; e <= var.ElemTotal; ++e) {
+        const auto slot = static_cast<std::size_t>(e);
+        const lcnNET_elems& elem = elements[e];
+        if (atRest[slot]) {
+            equations.coef[slot] = kRestRatio * largest;
+            equations.flowResistance[slot] = elem.density / equations.coef[slot];
+        }
+        equations.diag[static_cast<std::size_t>(elem.LocalStartNode)] += equations.coef[slot];
+        equations.diag[static_cast<std::size_t>(elem.LocalEndNode)] += equations.coef[slot];
+    }
+}
+
 }  // namespace
 
 void NodeEquations::size(const lcnNET_var& var)
@@ -221,6 +251,7 @@ void assembleNodeEquations(const NodeArray& nodes, const ElementArray& elements,
         equations.rhs[end] += part.massFlow;
     }
 
+    if (!equations.withoutDrop.empty()) lowerConductancesAtRest(elements, var, equations);
     for (int i = 1; i <= var.NodeTotal; ++i) {
         const auto slot = static_cast<std::size_t>(i);
         if (nodes[i].flag != kFreeNode) {

@@ -12,7 +12,8 @@ namespace
 constexpr double kFlangeLength = 0.0508;    // [m] two inches: marks flange tappings
 constexpr double kFlangeTapping = 0.0254;   // [m] one inch
 constexpr double kLengthTolerance = 1e-10;  // [m]
-constexpr double kSmallPipe = 0.0712;       // [m] below it a further term applies
+constexpr double kSmallestRe = 10.0;   // [-] creeping flow: the coefficient is that of this Reynolds number
+constexpr double kSmallPipe = 0.0712;  // [m] below it a further term applies
 }  // namespace
 
 Tappings tappingsOf(double length, double diameter)
@@ -49,8 +50,11 @@ double expansibility(double beta, double p1, double p2, double kappa)
 double orificeResistance(double beta, double Re, const Tappings& tappings, double diameter, double epsilon)
 {
     if (Re <= kTiny) return 0.0;
+    // As Re falls the correlation grows beyond all bounds (far outside its published range), and the loss of an orifice
+    // that hardly flows would vanish below the last place of its pressures: no iteration could settle it.
+    const double usedRe = std::fmax(Re, kSmallestRe);
     const double C =
-        readerHarrisGallagher(beta, Re, tappings, diameter) / std::sqrt(1.0 - std::pow(beta, 4.0));
+        readerHarrisGallagher(beta, usedRe, tappings, diameter) / std::sqrt(1.0 - std::pow(beta, 4.0));
     const double d = beta * diameter;
     return 0.5 / std::pow(C * epsilon * kPi * d * d / 4.0, 2.0);
 }

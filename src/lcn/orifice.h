@@ -23,7 +23,7 @@ double readerHarrisGallagher(double beta, double Re, const Tappings& tappings, d
 double expansibility(double beta, double p1, double p2, double kappa);
 
 /// Resistance r2 [1/m4] of dp = r2 rho Q^2: 0.5 / (C / sqrt(1 - beta^4) epsilon pi d^2 / 4)^2, d = beta D.
-/// 0.0 for Re <= 3e-38. epsilon [-] expansibility, 1 for a liquid.
+/// 0.0 for Re <= 3e-38; C is that of Re 10 below it. epsilon [-] expansibility, 1 for a liquid.
 double orificeResistance(double beta, double Re, const Tappings& tappings, double diameter, double epsilon);
 
 }  // namespace lcn

@@ -31,6 +31,8 @@ constexpr double kValveFactor = 100.10310619938537;
 constexpr double kDefaultFlow = 0.1;      // [kg/s] starting flow of a network without any flow condition
 constexpr double kNoFlow = 1e37;          // [kg/s] start of the search for the smallest fixed flow
 constexpr double kStartTolerance = 1e-6;  // [-] of a starting flow between fixed pressures
+constexpr int kUndampedRepeats = 50;      // of a law between fixed pressures
+constexpr double kDampedWeight = 0.2;     // [-] of the law's flow in the repeats after those
 constexpr int kMostRepeats = 1000;        // of a law between fixed pressures
 
 void fitCurve(lcnNET_elems& elem, lcnNET_var& var)
@@ -232,15 +234,19 @@ void keepAsPrevious(const NodeArray& nodes, const ElementArray& elements, const 
     }
 }
 
-void settleFlowBetweenFixedPressures(const NodeArray& nodes, const ElementArray& elements,
+bool settleFlowBetweenFixedPressures(const NodeArray& nodes, const ElementArray& elements,
                                      const lcnNET_var& var, int e, double tolerance)
 {
     lcnNET_elems& elem = elements[e];
     for (int repeat = 0; repeat < kMostRepeats; ++repeat) {
         const double before = elem.Massflow;
-        elem.Massflow = elem.density * elementEquation(nodes, elements, var, e, kSteadyState).flowEstimate;
-        if (!(std::fabs(elem.Massflow - before) > tolerance * std::fabs(elem.Massflow))) return;
+        const double next =
+            elem.density * elementEquation(nodes, elements, var, e, kSteadyState).flowEstimate;
+        // the chords of a strongly curved pump can lead to and fro between two flows: damped, they settle
+        elem.Massflow = repeat < kUndampedRepeats ? next : before + kDampedWeight * (next - before);
+        if (!(std::fabs(elem.Massflow - before) > tolerance * std::fabs(elem.Massflow))) return true;
     }
+    return false;
 }
 
 void setFlowsBetweenFixedPressures(const NodeArray& nodes, const ElementArray& elements,

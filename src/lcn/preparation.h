@@ -34,8 +34,8 @@ void setFlowsBetweenFixedPressures(const NodeArray& nodes, const ElementArray& e
                                    const lcnNET_var& var);
 
 /// Flow [kg/s] of element e between two fixed pressures: its linearised law solved again and again, until the flow's
-/// relative change is at most tolerance. Writes Massflow.
-void settleFlowBetweenFixedPressures(const NodeArray& nodes, const ElementArray& elements,
+/// relative change is at most tolerance. Writes Massflow. False when it does not settle.
+bool settleFlowBetweenFixedPressures(const NodeArray& nodes, const ElementArray& elements,
                                      const lcnNET_var& var, int e, double tolerance);
 
 /// Whether element e ends at a flow boundary.

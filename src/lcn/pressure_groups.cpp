@@ -54,6 +54,7 @@ bool PressureGroups::check(const NodeArray& nodes, const ElementArray& elements,
     m_notes.clear();
     for (const int node : m_held) {
         nodes[node].flag = kFreeNode;
+        nodes[node].held = 0;
         nodes[node].Masssource = 0.0;  // of the boundary node that it was
     }
     const std::vector<int> heldBefore = std::move(m_held);
@@ -98,6 +99,7 @@ bool PressureGroups::check(const NodeArray& nodes, const ElementArray& elements,
         if (!balanced) continue;
         lcnNET_nodes& node = nodes[group.firstNode];
         node.flag = kPressureBoundary;
+        node.held = 1;
         node.Pressbound = node.Pressure;
         m_held.push_back(group.firstNode);
     }

@@ -20,7 +20,7 @@ public:
     /// Checks the network as it stands, holds and frees pressures, and notes for each group it finds: 701203 (node
     /// number, net inflow) when the fixed flows of its boundary do not balance to 1e-9 of the largest; else 701204
     /// (node number) and for each bounding element 701205 (zero flow) or 701206 (other), with its number.
-    /// Reads flag, fix, FlowLimited, FixedFlow, Massflow, Pressure; writes flag, Pressbound and Masssource of held nodes.
+    /// Reads flag, fix, FlowLimited, FixedFlow, Massflow, Pressure; writes flag, held, Pressbound and Masssource of held nodes.
     /// Returns true when the set of free nodes changed. Cost: proportional to the network.
     bool check(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var);
 

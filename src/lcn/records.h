@@ -65,6 +65,7 @@ public:
     int no_branches = 0;  // number of element ends here; exactly 1 is an end node
     int flag = 0;         // lcn::NodeFlag; translation, preparation
     int tempflag = 0;     // 1: Temperature is fixed; translation
+    int held = 0;         // 1: a free node whose pressure is held for a part without one; pressure groups
     int Status = 0;       // printed by the report; stays 0
 
     double Pressbound = 0.0;   // [Pa] fixed pressure, hydrostatic part included; translation

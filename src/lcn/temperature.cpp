@@ -12,13 +12,15 @@ namespace
 {
 
 constexpr double kSettled = 1e-9;  // [-] relative change of the sum of temperatures
-constexpr double kElementWeight =
-    0.5;                              // [-] with it an element's temperature settles below six transfer units
+// An element's temperature alone, its upstream node known: weighted by a half it settles below six transfer units.
+constexpr double kElementWeight = 0.5;
+constexpr double kSettledElement = 1e-10;  // [-] relative change
+constexpr int kMostSteps = 60;
 constexpr double kLargestMach = 0.9;  // [-] of a gas
 
 /// Moves one node by weight toward the mixing temperature of the flows that enter it, each with its element's heat.
-void mixNode(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, lcnNET_nodes& node,
-             double weight)
+void mixNode(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+             const std::vector<char>& hasFlow, lcnNET_nodes& node, double weight)
 {
     double num = 0.0;  // [W]
     double den = 0.0;  // [W/K]
@@ -26,17 +28,12 @@ void mixNode(const NodeArray& nodes, const ElementArray& elements, const lcnNET_
         const int entry = node.LocalElements[b];
         const lcnNET_elems& elem = elements[std::abs(entry)];
         const double inflow = entry > 0 ? elem.Massflow : -elem.Massflow;
-        if (!(inflow > 0.0)) continue;
+        if (!(inflow > 0.0) || !hasFlow[static_cast<std::size_t>(std::abs(entry))]) continue;
         const lcnNET_nodes& upstream = nodes[entry > 0 ? elem.LocalStartNode : elem.LocalEndNode];
         num += elem.heat + var.Cp * inflow * upstream.Temperature;
         den += var.Cp * inflow;
     }
     if (std::fabs(den) > kTiny) node.Temperature += weight * (num / den - node.Temperature);
-}
-
-bool hasFlow(const lcnNET_elems& elem)
-{
-    return std::fabs(elem.Massflow) > kTiny;
 }
 
 int downstreamNode(const lcnNET_elems& elem)
@@ -59,7 +56,7 @@ double moveElementTemperature(const NodeArray& nodes, const lcnNET_var& var, lcn
                               double weight)
 {
     const double capacityFlow = var.Cp * std::fabs(elem.Massflow);
-    if (!(std::fabs(elem.Massflow) > kTiny) || !(std::fabs(capacityFlow) > kTiny)) return 0.0;
+    if (!(std::fabs(capacityFlow) > kTiny)) return 0.0;
     const double mean = upstreamTemperature(nodes, elem) + elem.heat / capacityFlow * 0.5;
     const double change = weight * (mean - elem.Temperature);
     elem.Temperature += change;
@@ -69,8 +66,6 @@ double moveElementTemperature(const NodeArray& nodes, const lcnNET_var& var, lcn
 /// Heat and temperature of one element whose upstream node is known.
 void settleElement(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, int e)
 {
-    constexpr int kMostSteps = 60;
-    constexpr double kSettledElement = 1e-10;  // [-]
     for (int step = 0; step < kMostSteps; ++step) {
         elementHeat(nodes, elements, var, e);
         const double change = moveElementTemperature(nodes, var, elements[e], kElementWeight);
@@ -78,38 +73,82 @@ void settleElement(const NodeArray& nodes, const ElementArray& elements, const l
     }
 }
 
+/// Flow [kg/s] that the mass balance, met to the criterion, cannot tell from none.
+double smallestFlow(const ElementArray& elements, const lcnNET_var& var)
+{
+    double total = 0.0;
+    for (int e = 1; e <= var.ElemTotal; ++e)
+        total += std::fabs(elements[e].Massflow);
+    return var.ElemTotal == 0 ? kTiny : std::fmax(kTiny, var.Concrit * total / var.ElemTotal);
+}
+
 }  // namespace
 
-void updateElementTemperatures(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
+/// Marks the elements whose flow carries heat. What stands in an unfixed element below the criterion of the mass balance
+/// is residue, and so is all that stands in a dead end, an element that is the only way to or from a free node: heat would
+/// follow it to one neighbour or the other by rounding alone.
+void TemperatureSolver::markFlows(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
+{
+    const double smallest = smallestFlow(elements, var);
+    m_hasFlow.assign(static_cast<std::size_t>(var.ElemTotal) + 1, 0);
+    m_waiting.assign(static_cast<std::size_t>(var.NodeTotal) + 1, 0);
+    m_order.clear();
+    for (int e = 1; e <= var.ElemTotal; ++e) {
+        const lcnNET_elems& elem = elements[e];
+        if (!(std::fabs(elem.Massflow) > (elem.fix != 0 ? kTiny : smallest))) continue;
+        m_hasFlow[static_cast<std::size_t>(e)] = 1;
+        ++m_waiting[static_cast<std::size_t>(elem.LocalStartNode)];
+        ++m_waiting[static_cast<std::size_t>(elem.LocalEndNode)];
+    }
+    const auto isDeadEnd = [&](int i) {
+        return nodes[i].flag == kFreeNode && m_waiting[static_cast<std::size_t>(i)] == 1;
+    };
+    for (int i = 1; i <= var.NodeTotal; ++i)
+        if (isDeadEnd(i)) m_order.push_back(i);
+    for (std::size_t at = 0; at < m_order.size(); ++at) {
+        const lcnNET_nodes& node = nodes[m_order[at]];
+        for (int b = 1; b <= node.no_branches; ++b) {
+            const int e = std::abs(node.LocalElements[b]);
+            if (!m_hasFlow[static_cast<std::size_t>(e)]) continue;
+            m_hasFlow[static_cast<std::size_t>(e)] = 0;
+            for (const int end : {elements[e].LocalStartNode, elements[e].LocalEndNode}) {
+                --m_waiting[static_cast<std::size_t>(end)];
+                if (isDeadEnd(end)) m_order.push_back(end);
+            }
+        }
+    }
+}
+
+void TemperatureSolver::updateElements(const NodeArray& nodes, const ElementArray& elements,
+                                       const lcnNET_var& var)
 {
     for (int e = 1; e <= var.ElemTotal; ++e) {
         lcnNET_elems& elem = elements[e];
         elem.TemperatureOld = elem.Temperature;
+        if (!m_hasFlow[static_cast<std::size_t>(e)]) continue;
         moveElementTemperature(nodes, var, elem, var.compressible ? 1.0 : var.relaxpp);
         if (var.compressible) relaxGasDensity(elem, var);
     }
 }
 
-/// One unrelaxed pass from the nodes that nothing enters, each node after all its inflows. Where the flow has no closed
-/// loop this is the answer, and the sweeps only confirm it: relaxed by a half, they carry a temperature no further than a
-/// node or two each, so that a long line would take as many sweeps as it has nodes.
 void TemperatureSolver::marchDownstream(const NodeArray& nodes, const ElementArray& elements,
                                         const lcnNET_var& var)
 {
     m_waiting.assign(static_cast<std::size_t>(var.NodeTotal) + 1, 0);
     m_order.clear();
     for (int e = 1; e <= var.ElemTotal; ++e)
-        if (hasFlow(elements[e])) ++m_waiting[static_cast<std::size_t>(downstreamNode(elements[e]))];
+        if (m_hasFlow[static_cast<std::size_t>(e)])
+            ++m_waiting[static_cast<std::size_t>(downstreamNode(elements[e]))];
     for (int i = 1; i <= var.NodeTotal; ++i)
         if (m_waiting[static_cast<std::size_t>(i)] == 0) m_order.push_back(i);
 
     for (std::size_t at = 0; at < m_order.size(); ++at) {
         const int i = m_order[at];
         const lcnNET_nodes& node = nodes[i];
-        if (node.tempflag == 0) mixNode(nodes, elements, var, nodes[i], 1.0);
+        if (node.tempflag == 0) mixNode(nodes, elements, var, m_hasFlow, nodes[i], 1.0);
         for (int b = 1; b <= node.no_branches; ++b) {
             const int e = std::abs(node.LocalElements[b]);
-            if (!hasFlow(elements[e]) || downstreamNode(elements[e]) == i) continue;
+            if (!m_hasFlow[static_cast<std::size_t>(e)] || downstreamNode(elements[e]) == i) continue;
             settleElement(nodes, elements, var, e);
             const int next = downstreamNode(elements[e]);
             if (--m_waiting[static_cast<std::size_t>(next)] == 0) m_order.push_back(next);
@@ -120,6 +159,7 @@ void TemperatureSolver::marchDownstream(const NodeArray& nodes, const ElementArr
 TemperatureSolve TemperatureSolver::solve(const NodeArray& nodes, const ElementArray& elements,
                                           const lcnNET_var& var)
 {
+    markFlows(nodes, elements, var);
     marchDownstream(nodes, elements, var);
     TemperatureSolve solve;
     double previousSum = 1.0;
@@ -129,13 +169,13 @@ TemperatureSolve TemperatureSolver::solve(const NodeArray& nodes, const ElementA
         double sum = 0.0;
         for (int i = 1; i <= var.NodeTotal; ++i) {
             if (nodes[i].tempflag != 0) continue;
-            mixNode(nodes, elements, var, nodes[i], var.relaxpp);
+            mixNode(nodes, elements, var, m_hasFlow, nodes[i], var.relaxpp);
             sum += nodes[i].Temperature;
         }
         ++solve.sweeps;
         solve.error = std::fabs(previousSum - sum);
         if (std::fabs(previousSum) > kTiny) solve.error /= std::fabs(previousSum);
-        updateElementTemperatures(nodes, elements, var);
+        updateElements(nodes, elements, var);
         previousSum = sum;
         solve.finite = std::isfinite(sum);
     } while (!(solve.error < kSettled) && solve.sweeps < kMostTemperatureSweeps && solve.finite);

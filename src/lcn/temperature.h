@@ -19,11 +19,6 @@ struct TemperatureSolve {
     bool finite = true;
 };
 
-/// Moves the temperatures of all elements toward the mean along their length, T_upstream + Q / (2 Cp |m|) [K], by
-/// relaxpp; an element without flow keeps its own. In a gas the temperature is taken whole and the density follows it.
-/// Reads heat, flow, node temperatures; writes Temperature (a gas: density too).
-void updateElementTemperatures(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var);
-
 /// Solves for temperatures with flows held; keeps its working arrays from one call to the next.
 class TemperatureSolver
 {
@@ -35,10 +30,19 @@ public:
     TemperatureSolve solve(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var);
 
 private:
+    /// One unrelaxed pass from the nodes that nothing enters, each node after all its inflows. Where the flow has no closed
+    /// loop this is the answer, and the sweeps only confirm it: relaxed by a half, they carry a temperature no further than a
+    /// node or two each, so that a long line would take as many sweeps as it has nodes.
     void marchDownstream(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var);
 
-    std::vector<int> m_waiting;  // per node: elements whose flow enters it and has not been followed yet
-    std::vector<int> m_order;    // nodes whose inflows are all known, upstream first
+    void markFlows(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var);
+    /// Moves the temperatures of all elements with flow toward the mean along their length, T_upstream + Q / (2 Cp |m|)
+    /// [K], by relaxpp. In a gas the temperature is taken whole and the density follows it.
+    void updateElements(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var);
+
+    std::vector<char> m_hasFlow;  // per element: its flow carries heat
+    std::vector<int> m_waiting;   // per node: elements whose flow enters it and has not been followed yet
+    std::vector<int> m_order;     // nodes whose inflows are all known, upstream first
 };
 
 }  // namespace lcn

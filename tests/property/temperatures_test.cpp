@@ -174,7 +174,8 @@ TEST(Temperatures, energy_is_conserved_over_random_networks)
             if (std::fabs(m[e]) < 0.01) continue;
             const double Q = 2e4 * (unit(random) - 0.3);
             auto& properties = d.elements[e].properties;
-            properties.push_back({static_cast<double>(TAVELL_ELEMENT_ENERGY_TYPE), TAVELL_ENERGY_HEAT * 1.0});
+            properties.push_back(
+                {static_cast<double>(TAVELL_ELEMENT_ENERGY_TYPE), static_cast<double>(TAVELL_ENERGY_HEAT)});
             properties.push_back({static_cast<double>(TAVELL_ELEMENT_ENERGY_VALUE), Q});
             heat += Q;
         }
@@ -303,4 +304,58 @@ TEST(Temperatures, are_left_alone_when_energy_is_off)
     ASSERT_TRUE(built.solve());
     for (const double T : built.results(TAVELL_RESULT_NODE_TEMPERATURE))
         EXPECT_EQ(T, kDefaultTemperature);
+}
+
+TEST(Temperatures, dead_ends_keep_their_heat_to_themselves_and_numbering_does_not_matter)
+{
+    // a heated element in every place, dead ends included: what is left of a flow there must carry nothing
+    std::mt19937 random(62);
+    for (int i = 0; i < 30; ++i) {
+        SCOPED_TRACE(i);
+        Description d = randomNetwork(random, 8 + i, i % 6, {TAVELL_PIPE});
+        for (ElementData& element : d.elements) {
+            element.properties.push_back(
+                {static_cast<double>(TAVELL_ELEMENT_ENERGY_TYPE), static_cast<double>(TAVELL_ENERGY_HEAT)});
+            element.properties.push_back({static_cast<double>(TAVELL_ELEMENT_ENERGY_VALUE), 2000.0});
+        }
+        Description reversed = d;
+        std::reverse(reversed.elements.begin(), reversed.elements.end());
+        const Built a(d);
+        const Built b(reversed);
+        ASSERT_TRUE(a.solveWithTemperatures()) << a.feedback();
+        ASSERT_TRUE(b.solveWithTemperatures()) << b.feedback();
+        const std::vector<double> there = a.results(TAVELL_RESULT_NODE_TEMPERATURE);
+        const std::vector<double> back = b.results(TAVELL_RESULT_NODE_TEMPERATURE);
+        for (std::size_t n = 0; n < there.size(); ++n)
+            EXPECT_NEAR(back[n], there[n], 1e-2) << "node " << n;
+    }
+}
+
+TEST(Temperatures, heated_ring_without_through_flow_stays_finite_and_cool)
+{
+    // inlet - a - outlet, and behind a a ring of three pipes that nothing flows through
+    Description d;
+    d.gravity = {0.0, 0.0, 0.0};
+    const std::array<double, 3> places[] = {{0, 0, 0}, {5, 0, 0}, {10, 0, 0},
+                                            {5, 5, 0}, {8, 8, 0}, {2, 8, 0}};
+    for (const auto& at : places) {
+        NodeData node;
+        node.at = at;
+        d.nodes.push_back(node);
+    }
+    d.nodes[0].type = TAVELL_NODE_INLET;
+    d.nodes[0].value = 2e5;
+    d.nodes[2].type = TAVELL_NODE_OUTLET;
+    d.nodes[2].value = 1.9e5;
+    for (const auto& pair : {std::array<int, 2>{0, 1}, {1, 2}, {1, 3}, {3, 4}, {4, 5}, {5, 3}}) {
+        ElementData pipe = heatedPipe(0.05, TAVELL_ENERGY_HEAT, pair[0] >= 3 ? 5000.0 : 0.0);
+        pipe.start = pair[0];
+        pipe.end = pair[1];
+        d.elements.push_back(pipe);
+    }
+    const Built built(d);
+    ASSERT_TRUE(built.solveWithTemperatures()) << built.feedback();
+    EXPECT_NEAR(built.results(TAVELL_RESULT_NODE_TEMPERATURE)[2], kDefaultTemperature, 1e-3);
+    for (const double T : built.results(TAVELL_RESULT_NODE_TEMPERATURE))
+        EXPECT_LT(T, 400.0);
 }

@@ -98,6 +98,7 @@ struct LawCheck {
 LawCheck checkLaws(const Description& description, const Built& built);
 
 /// Head loss [Pa] from start to end at mass flow m [kg/s] by the element's law, written independently of the solver.
+/// A loss curve counts as the straight line from the origin through its last point.
 /// For a pump minus the pressure rise of a cubic through its points (exact for points on a cubic).
 double lossOf(const Description& description, const ElementData& element, double m);
 

@@ -394,3 +394,20 @@ TEST_F(Solve, equal_flows_in_and_out_solve_about_a_held_pressure)
         EXPECT_NEAR(flow, 2.0, 1e-5);
     EXPECT_EQ(values(TAVELL_RESULT_PRESSURE)[1], 0.0);
 }
+
+namespace
+{
+Circuit* changedByCallback = nullptr;
+}
+
+TEST_F(Solve, a_circuit_that_its_callback_changes_gets_no_results)
+{
+    changedByCallback = &circuit;
+    EXPECT_FALSE(circuit.Solve(false, [] {
+        changedByCallback->GetNode(0)->SetConstraint(TAVELL_CONSTRAINT_PRESSURE, 3e5);
+        return false;
+    }));
+    EXPECT_EQ(circuit.GetResults(TAVELL_RESULT_PRESSURE), nullptr);
+    EXPECT_NE(circuit.IsValid(), TAVELL_VALID_HAS_RESULTS);
+    EXPECT_TRUE(circuit.Solve(false));
+}

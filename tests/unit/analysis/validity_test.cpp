@@ -325,3 +325,13 @@ TEST_F(Validity, validate_leaves_a_sound_circuit_as_it_is)
     EXPECT_TRUE(circuit.Validate());
     EXPECT_EQ(dump(circuit), before);
 }
+
+TEST_F(Validity, a_validate_that_throws_leaves_every_identifier_as_it_was)
+{
+    node(2)->SetProperty(TAVELL_NODE_ID, 2.0);  // taken by the second node
+    node(1)->GetProperties()->SetStringPropertyByName("node_mode", "abc");
+    EXPECT_THROW(circuit.Validate(), std::invalid_argument);
+    EXPECT_EQ(circuit.GetNode(2)->GetId(), 2);
+    // the counter too: the next node gets the id that it would have got before
+    EXPECT_EQ(circuit.CreateNode()->GetId(), 5);
+}
