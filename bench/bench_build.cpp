@@ -2,6 +2,7 @@
 // flat functions.
 #include <benchmark/benchmark.h>
 
+#include "peak_memory.h"
 #include "tavell/TavellFlat.h"
 
 namespace
@@ -43,6 +44,7 @@ void buildAndRelease(benchmark::State& state)
         vcITavellRelease(system);
     }
     state.SetItemsProcessed(state.iterations() * n);
+    countPeakMemory(state);
 }
 
 void findNodesById(benchmark::State& state)
@@ -56,6 +58,7 @@ void findNodesById(benchmark::State& state)
             benchmark::DoNotOptimize(vcICircuitGetNodeById(circuit, id));
     }
     state.SetItemsProcessed(state.iterations() * n);
+    countPeakMemory(state);
     vcITavellRelease(system);
 }
 

@@ -1,4 +1,4 @@
-# cmake --install: libraries, headers, the CMake package and two pkg-config files.
+# cmake --install: libraries, headers, documents, the CMake package and two pkg-config files.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS tavell tavell_static EXPORT tavellTargets
@@ -8,6 +8,9 @@ install(TARGETS tavell tavell_static EXPORT tavellTargets
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tavell DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
         FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
+        FILES_MATCHING PATTERN "*.json" PATTERN "*.c" PATTERN "*.cpp")
 
 set(packageFolder ${CMAKE_INSTALL_LIBDIR}/cmake/tavell)
 install(EXPORT tavellTargets NAMESPACE tavell:: DESTINATION ${packageFolder})

@@ -25,6 +25,7 @@ using Velcor::Tavell::IFeedbackCollection;
 struct Names {
     std::unordered_map<int, std::string> nodes;
     std::unordered_map<int, std::string> elements;
+    std::vector<std::string> pumps;  // in order, between quotes
 };
 
 Names collectNames(ICircuit& circuit)
@@ -32,8 +33,12 @@ Names collectNames(ICircuit& circuit)
     Names names;
     for (std::size_t i = 0; i < circuit.GetNoNodes(); ++i)
         names.nodes.emplace(circuit.GetNode(i)->GetId(), circuit.GetNode(i)->GetEntity()->GetMeta());
-    for (std::size_t i = 0; i < circuit.GetNoElements(); ++i)
-        names.elements.emplace(circuit.GetElement(i)->GetId(), circuit.GetElement(i)->GetEntity()->GetMeta());
+    for (std::size_t i = 0; i < circuit.GetNoElements(); ++i) {
+        auto* element = circuit.GetElement(i);
+        const char* name = element->GetEntity()->GetMeta();
+        names.elements.emplace(element->GetId(), name);
+        if (element->GetType() == TAVELL_PUMP) names.pumps.push_back(inQuotes(name));
+    }
     return names;
 }
 
@@ -66,11 +71,21 @@ private:
     std::size_t m_count;
 };
 
+/// The message does not say which pump it is about.
+std::string pumpCurveText(const std::vector<std::string>& pumps)
+{
+    std::string whose = pumps.size() == 1 ? "pump" : "one of the pumps";
+    for (std::size_t i = 0; i < pumps.size(); ++i)
+        whose += (i == 0 ? " " : ", ") + pumps[i];
+    return "the curve of " + whose +
+           " does not fall to zero pressure rise; correct its points, it has to fall to zero at a larger "
+           "flow";
+}
+
 std::string curveText(const Values& values, const Names& names)
 {
     // Element number 0 comes from the search for the flow at which a pump's pressure rise ends.
-    if (values.at(0) == 0.0)
-        return "the curve of a pump does not fall to zero pressure rise; add a point at a larger flow";
+    if (values.at(0) == 0.0) return pumpCurveText(names.pumps);
     return "the curve of element " + values.name(0, names.elements) + " (from node " +
            values.name(1, names.nodes) + " to node " + values.name(2, names.nodes) +
            ") cannot be used; give at least 4 points of strictly increasing flow";

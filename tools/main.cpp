@@ -12,6 +12,9 @@
 #ifndef TAVELL_VERSION
 #define TAVELL_VERSION "development"
 #endif
+#ifndef TAVELL_DOC_FOLDER
+#define TAVELL_DOC_FOLDER "share/doc/tavell"
+#endif
 
 namespace
 {
@@ -21,7 +24,8 @@ const char* const kFooter =
     "  tavell solve examples/networks/three_reservoirs.json --csv results.csv\n"
     "\n"
     "Exit status: 0 the solve converged, 1 it did not, 2 bad input or usage, 3 internal error.\n"
-    "The file format is described in docs/network-file.md.";
+    "The file format is described in network-file.md: in " TAVELL_DOC_FOLDER " of an installation,\n"
+    "with the examples, and in docs of the source.";
 
 int run(int argc, char** argv)
 {

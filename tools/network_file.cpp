@@ -25,6 +25,9 @@ constexpr double kPi = 3.14159265358979323846;
 constexpr std::size_t kFewestCurvePoints = 4;  // a cubic is fitted to the curve
 constexpr int kCurveDigits = 6;                // significant digits that the library keeps of a curve
 
+constexpr int kSizeDigits = 7;         // significant digits of a size in a message
+constexpr double kAreaMargin = 1.001;  // [-], for an area and a perimeter that were rounded
+
 /// Two nodes closer than this sum of coordinate differences [m] count as one place.
 constexpr double kSamePlace = 1e-13;
 
@@ -363,6 +366,8 @@ private:
         return section.diameter > 0.0 ? section.diameter : 4.0 * section.area / section.wettedPerimeter;
     }
 
+    static std::string sizeText(double value) { return shortNumber(value, kSizeDigits); }
+
     /// Sizes that only make sense together.
     static void checkSizes(ObjectReader& reader, const Element& element)
     {
@@ -370,15 +375,39 @@ private:
         const double diameter = hydraulicDiameter(*element.section);
         const double area = element.section->area;
         if (!std::isfinite(diameter) || !(diameter > 0.0) || !std::isfinite(area) || !(area > 0.0)) {
-            reader.reportObject("its cross-section is outside the range of numbers; correct its sizes");
+            reader.reportObject("its cross-section, " + sizeText(area) + " m2 with a hydraulic diameter of " +
+                                sizeText(diameter) +
+                                " m, is outside the range of numbers; correct its sizes");
             return;
         }
+        checkArea(reader, *element.section);
         for (const auto& [property, value] : element.properties) {
             if (property == TAVELL_ELEMENT_ROUGHNESS && value >= diameter)
-                reader.reportObject("the roughness is not below the hydraulic diameter; give both in m");
+                reportNotBelow(reader, "roughness", value, diameter);
             if (property == TAVELL_ELEMENT_ORIFICE_BORE_DIAMETER && value >= diameter)
-                reader.reportObject("the bore is not below the hydraulic diameter; give both in m");
+                reportNotBelow(reader, "bore", value, diameter);
         }
+    }
+
+    /// Of all sections with the same perimeter P the circle has the largest area, P^2 / (4 pi).
+    static void checkArea(ObjectReader& reader, const Section& section)
+    {
+        const bool isRound = section.diameter > 0.0;
+        const double perimeter = isRound ? kPi * section.diameter : section.wettedPerimeter;
+        const double largest = perimeter * perimeter / (4.0 * kPi);
+        if (section.area <= kAreaMargin * largest) return;
+        reader.reportObject("the area " + sizeText(section.area) + " m2 is above " + sizeText(largest) +
+                            " m2, the largest that a " +
+                            (isRound ? "diameter of " + sizeText(section.diameter)
+                                     : "wetted perimeter of " + sizeText(section.wettedPerimeter)) +
+                            " m allows; correct one of them");
+    }
+
+    static void reportNotBelow(ObjectReader& reader, const char* size, double value, double diameter)
+    {
+        reader.reportObject(std::string("the ") + size + ' ' + sizeText(value) +
+                            " is not below the hydraulic diameter " + sizeText(diameter) +
+                            "; give both in m");
     }
 
     void readCurve(ObjectReader& reader, Element& element)

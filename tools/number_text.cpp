@@ -6,7 +6,6 @@
 namespace
 {
 
-constexpr int kShortDigits = 4;
 constexpr int kScientificDecimals = 4;
 
 std::string written(double value, std::chars_format format, int precision)
@@ -18,9 +17,9 @@ std::string written(double value, std::chars_format format, int precision)
 
 }  // namespace
 
-std::string shortNumber(double value)
+std::string shortNumber(double value, int digits)
 {
-    return written(value, std::chars_format::general, kShortDigits);
+    return written(value, std::chars_format::general, digits);
 }
 
 std::string fixedNumber(double value, int decimals)

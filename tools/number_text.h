@@ -4,8 +4,8 @@
 
 #include <string>
 
-/// A number with at most 4 significant digits.
-std::string shortNumber(double value);
+/// A number with at most so many significant digits.
+std::string shortNumber(double value, int digits = 4);
 
 /// A number with a fixed count of decimals; what rounds to zero has no minus sign.
 std::string fixedNumber(double value, int decimals);

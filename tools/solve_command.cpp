@@ -1,5 +1,6 @@
 #include "solve_command.h"
 
+#include <cmath>
 #include <cstdio>
 #include <memory>
 
@@ -11,6 +12,7 @@
 #include "feedback_text.h"
 #include "network_builder.h"
 #include "network_file.h"
+#include "number_text.h"
 #include "problems.h"
 #include "tables.h"
 
@@ -21,6 +23,9 @@ using Velcor::Tavell::CreateTavell;
 using Velcor::Tavell::ICircuit;
 using Velcor::Tavell::ITavell;
 
+constexpr double kLengthTolerance = 1e-6;  // [-], of the length of gravity
+constexpr int kLengthDigits = 8;           // significant digits that tell such a length from 1
+
 struct SystemReleaser {
     void operator()(ITavell* system) const { system->Release(); }
 };
@@ -29,6 +34,18 @@ void printErrors(const std::vector<std::string>& lines)
 {
     for (const std::string& line : lines)
         std::fprintf(stderr, "%s\n", line.c_str());
+}
+
+/// Says what a gravity that is no direction does; it may be meant, for other accelerations than that of the earth.
+void remarkOnGravity(const std::string& path, const Network& network)
+{
+    const auto& g = network.gravity;
+    const double length = std::hypot(g[0], g[1], g[2]);
+    if (length <= kLengthTolerance || std::fabs(length - 1.0) <= kLengthTolerance) return;
+    Problems remark(path);
+    remark.add("/gravity", "gravity is a direction: its length " + shortNumber(length, kLengthDigits) +
+                               " multiplies 9.80665 m/s2");
+    printErrors(remark.lines());
 }
 
 /// The feedback of the last solve, one line each.
@@ -71,6 +88,7 @@ int solveCommand(const std::string& path, const std::optional<std::string>& csvP
     printErrors(problems.lines());
     if (!network || !csvProblems.isEmpty()) return kBadInput;
 
+    remarkOnGravity(path, *network);
     const std::unique_ptr<ITavell, SystemReleaser> system(CreateTavell(false));
     ICircuit& circuit = *system->CreateCircuit();
     if (!buildCircuit(*network, circuit, problems) || !isReadyToSolve(*network, circuit, problems)) {

@@ -150,13 +150,51 @@ TEST(BadValues, sizes_whose_combination_leaves_the_range_of_numbers_are_refused)
 {
     expectRefusal(
         [](json& net) { net["elements"][0]["diameter"] = 1e-200; },
-        {": /elements/0 (P1): its cross-section is outside the range of numbers; correct its sizes"});
+        {": /elements/0 (P1): its cross-section, 0 m2 with a hydraulic diameter of 1e-200 m, is outside the "
+         "range of numbers; correct its sizes"});
 }
 
 TEST(BadValues, a_roughness_as_large_as_the_pipe_is_refused)
 {
-    expectRefusal([](json& net) { net["elements"][0]["roughness"] = 0.1; },
-                  {": /elements/0 (P1): the roughness is not below the hydraulic diameter; give both in m"});
+    expectRefusal(
+        [](json& net) { net["elements"][0]["roughness"] = 0.1; },
+        {": /elements/0 (P1): the roughness 0.1 is not below the hydraulic diameter 0.1; give both in m"});
+}
+
+TEST(BadValues, a_bore_as_large_as_the_pipe_is_refused)
+{
+    expectRefusal(
+        [](json& net) {
+            net["elements"][0].update({{"type", "orifice"}, {"bore_diameter", 0.125}});
+        },
+        {": /elements/0 (P1): the bore 0.125 is not below the hydraulic diameter 0.1; give both in m"});
+}
+
+TEST(BadValues, an_area_larger_than_the_circle_of_the_diameter_is_refused)
+{
+    // pi 0.1^2 / 4 = 0.007853982
+    expectRefusal([](json& net) { net["elements"][0]["area"] = 0.00787; },
+                  {": /elements/0 (P1): the area 0.00787 m2 is above 0.007853982 m2, the largest that a "
+                   "diameter of 0.1 m allows; correct one of them"});
+}
+
+TEST(BadValues, an_area_larger_than_the_circle_of_the_perimeter_is_refused)
+{
+    // 0.4^2 / (4 pi) = 0.01273240
+    expectRefusal(
+        [](json& net) {
+            net["elements"][0].erase("diameter");
+            net["elements"][0].update({{"wetted_perimeter", 0.4}, {"area", 0.1}});
+        },
+        {": /elements/0 (P1): the area 0.1 m2 is above 0.0127324 m2, the largest that a wetted perimeter of "
+         "0.4 m allows; correct one of them"});
+}
+
+TEST(GoodValues, the_area_of_a_circle_may_be_rounded_up)
+{
+    json network = baseNetwork();
+    network["elements"][0]["area"] = 0.00786;  // pi 0.1^2 / 4 = 0.007854, and 1.001 of it 0.007862
+    EXPECT_EQ(0, solveText(network.dump()).status);
 }
 
 TEST(BadValues, coordinates_are_three_numbers)

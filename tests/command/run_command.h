@@ -92,10 +92,10 @@ inline Outcome runCommand(const std::vector<std::string>& arguments, const std::
 }
 
 /// Solves a network given as text, in a file named net.json.
-inline Outcome solveText(const std::string& text)
+inline Outcome solveText(const std::string& text, const std::string& environment = "")
 {
     const TemporaryDirectory directory;
-    return runCommand({"solve", directory.write("net.json", text)});
+    return runCommand({"solve", directory.write("net.json", text)}, environment);
 }
 
 inline std::vector<std::string> linesOf(const std::string& text)

@@ -66,15 +66,74 @@ double cellOf(const Outcome& outcome, const std::string& name, std::size_t colum
     return std::strtod(row[column].c_str(), nullptr);
 }
 
-TEST(Solve, two_pipes_in_a_row_are_enough)
+/// The base network without its last pipe: two pipes, A to C.
+json networkOfTwoPipes()
 {
     json network = baseNetwork();
     network["elements"].erase(2);
     network["nodes"].erase(3);
     network["nodes"][2]["outlet"] = {{"pressure", 100e3}};
-    const Outcome outcome = solveNetwork(network);
+    return network;
+}
+
+TEST(Solve, two_pipes_in_a_row_are_enough)
+{
+    const Outcome outcome = solveNetwork(networkOfTwoPipes());
     EXPECT_EQ(0, outcome.status) << outcome.errors;
     EXPECT_NEAR(150.0, cellOf(outcome, "B", kPressure), 0.01);
+}
+
+TEST(DetailCheck, makes_two_pipes_too_few_and_says_so)
+{
+    const Outcome outcome = solveText(networkOfTwoPipes().dump(), "TAVELL_DETAIL_CHECK=1 ");
+    EXPECT_EQ(2, outcome.status);
+    EXPECT_EQ("", outcome.output);
+    ASSERT_EQ(1U, linesOf(outcome.errors).size()) << outcome.errors;
+    EXPECT_NE(std::string::npos,
+              outcome.errors.find("net.json: TAVELL_DETAIL_CHECK asks for at least 3 elements and 4 nodes; "
+                                  "unset it"));
+}
+
+TEST(DetailCheck, is_on_for_the_number_1_alone)
+{
+    const std::string network = networkOfTwoPipes().dump();
+    for (const char* off : {"TAVELL_DETAIL_CHECK= ", "TAVELL_DETAIL_CHECK=0 ", "TAVELL_DETAIL_CHECK=2 ",
+                            "TAVELL_DETAIL_CHECK=on "})
+        EXPECT_EQ(0, solveText(network, off).status) << off;
+    EXPECT_EQ(2, solveText(network, "TAVELL_DETAIL_CHECK=' 1x' ").status);
+}
+
+TEST(DetailCheck, lists_what_cannot_be_reached_once)
+{
+    json network = baseNetwork();
+    network["nodes"].push_back({{"name", "E"}, {"at", {0, 5, 0}}});
+    network["nodes"].push_back({{"name", "F"}, {"at", {9, 5, 0}}});
+    network["elements"].push_back(
+        {{"name", "P4"}, {"type", "pipe"}, {"from", "E"}, {"to", "F"}, {"diameter", 0.1}});
+    const Outcome outcome = solveText(network.dump(), "TAVELL_DETAIL_CHECK=1 ");
+    EXPECT_EQ(2, outcome.status);
+    ASSERT_EQ(1U, linesOf(outcome.errors).size()) << outcome.errors;
+    EXPECT_NE(std::string::npos, outcome.errors.find("(P4): cannot be reached from node \"A\""));
+}
+
+TEST(Solve, remarks_on_a_gravity_that_is_no_direction)
+{
+    json network = baseNetwork();
+    network["gravity"] = {0, 0, -9.8};
+    const Outcome outcome = solveNetwork(network);
+    EXPECT_EQ(0, outcome.status);
+    ASSERT_EQ(1U, linesOf(outcome.errors).size()) << outcome.errors;
+    EXPECT_NE(std::string::npos, outcome.errors.find("net.json: /gravity: gravity is a direction: its length "
+                                                     "9.8 multiplies 9.80665 m/s2"));
+}
+
+TEST(Solve, takes_a_gravity_of_length_0_or_1_without_a_remark)
+{
+    json network = baseNetwork();
+    for (const json& gravity : {json{0, 0, 0}, json{0, 0.6, -0.8}, json{0.7071068, 0, -0.7071068}}) {
+        network["gravity"] = gravity;
+        EXPECT_EQ("", solveNetwork(network).errors) << gravity;
+    }
 }
 
 TEST(Solve, prints_both_tables_with_units_and_nothing_on_standard_error)
@@ -229,8 +288,21 @@ TEST(NotConverged, has_status_1_and_prints_no_tables)
     const std::vector<std::string> lines = linesOf(outcome.errors);
     ASSERT_EQ(2U, lines.size());
     EXPECT_NE(std::string::npos,
-              lines[0].find("net.json: the curve of a pump does not fall to zero pressure rise"));
+              lines[0].find("net.json: the curve of pump \"P2\" does not fall to zero pressure rise; correct "
+                            "its points, it has to fall to zero at a larger flow"));
     EXPECT_NE(std::string::npos, lines[1].find("net.json: the solve did not converge; there are no results"));
+}
+
+TEST(NotConverged, lists_the_pumps_when_one_of_several_has_a_useless_curve)
+{
+    json network = networkWithUselessPump();
+    network["elements"][0] = network["elements"][1];
+    network["elements"][0].update({{"name", "P1"}, {"from", "A"}, {"to", "B"}});
+    const Outcome outcome = solveNetwork(network);
+    EXPECT_EQ(1, outcome.status);
+    EXPECT_NE(std::string::npos,
+              outcome.errors.find("net.json: the curve of one of the pumps \"P1\", \"P2\" does not fall to"))
+        << outcome.errors;
 }
 
 TEST(NotConverged, says_when_every_pressure_is_given)
@@ -387,6 +459,7 @@ TEST(Help, has_status_0_and_an_example)
     const Outcome outcome = runCommand({"--help"});
     EXPECT_EQ(0, outcome.status);
     EXPECT_NE(std::string::npos, outcome.output.find("tavell solve examples/networks/three_reservoirs.json"));
+    EXPECT_NE(std::string::npos, outcome.output.find("network-file.md: in share/doc/tavell of"));
     EXPECT_EQ("", outcome.errors);
 }
 

@@ -1,0 +1,10 @@
+# cmake -DFIRST=program -DSECOND=program -DEXPECTED=regex -P same_output.cmake: both print the same, a text with EXPECTED.
+foreach(program FIRST SECOND)
+    execute_process(COMMAND ${${program}} OUTPUT_VARIABLE ${program}_OUTPUT COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
+if(NOT FIRST_OUTPUT STREQUAL SECOND_OUTPUT)
+    message(FATAL_ERROR "The outputs differ:\n${FIRST_OUTPUT}\n${SECOND_OUTPUT}")
+endif()
+if(NOT FIRST_OUTPUT MATCHES "${EXPECTED}")
+    message(FATAL_ERROR "No \"${EXPECTED}\" in:\n${FIRST_OUTPUT}")
+endif()
