@@ -43,6 +43,8 @@ void setPressure(vcINode* node, int type, double pressure)
 vcICircuit* buildGrid(vcITavell* system, int rows, int columns)
 {
     vcICircuit* const circuit = vcITavellCreateCircuit(system);
+    // junction losses would have the last word on the number of iterations
+    vcIEntitySetProperty(vcICircuitGetEntity(circuit), TAVELL_CIRCUIT_MINOR_LOSS, 0.0);
     const int n = rows * columns;
     for (int row = 0; row < rows; ++row) {
         for (int column = 0; column < columns; ++column)
