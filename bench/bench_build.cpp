@@ -1,5 +1,5 @@
-// bench_build.cpp: time to build and release a circuit of n nodes and n elements with all their properties through the
-// flat functions.
+// bench_build.cpp: time to build and release a circuit of n nodes and n elements with all their properties
+// through the flat functions.
 #include <benchmark/benchmark.h>
 
 #include "peak_memory.h"

@@ -1,4 +1,5 @@
-// bench_solve.cpp: time of a solve alone, for a line and a square grid of pipes built through the flat functions.
+// bench_solve.cpp: time of a solve alone, for a line and a square grid of pipes built through the flat
+// functions.
 #include <cmath>
 
 #include <benchmark/benchmark.h>
@@ -16,7 +17,8 @@ constexpr double kRoughness = 5e-5;        // [m]
 constexpr double kPressurePerPipe = 1e3;   // [Pa], mean drop from the inlet to the outlet
 constexpr double kOutletPressure = 100e3;  // [Pa]
 
-/// Calls of the cancel callback since the last reset. A solve asks it once per iteration; it takes no argument.
+/// Calls of the cancel callback since the last reset. A solve asks it once per iteration; it takes no
+/// argument.
 int callCount = 0;
 
 bool countIteration()
@@ -39,7 +41,8 @@ void setPressure(vcINode* node, int type, double pressure)
     vcINodeSetConstraint(node, TAVELL_CONSTRAINT_PRESSURE, pressure);
 }
 
-/// rows x columns nodes on a level, a pipe between neighbours, fed at one corner and emptied at the opposite one.
+/// rows x columns nodes on a level, a pipe between neighbours, fed at one corner and emptied at the opposite
+/// one.
 vcICircuit* buildGrid(vcITavell* system, int rows, int columns)
 {
     vcICircuit* const circuit = vcITavellCreateCircuit(system);

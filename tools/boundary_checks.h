@@ -5,8 +5,8 @@
 #include "network.h"
 #include "problems.h"
 
-/// Reports the boundary values that the library would ignore, a network without any given pressure, and nodes without
-/// elements. The network's own parts are sound.
+/// Reports the boundary values that the library would ignore, a network without any given pressure, and nodes
+/// without elements. The network's own parts are sound.
 void checkBoundaries(const Network& network, Problems& problems);
 
 #endif

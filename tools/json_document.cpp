@@ -28,8 +28,8 @@ std::string systemMessage(int error)
     return std::generic_category().message(error);
 }
 
-/// Builds a document from the parser's events. Only the innermost open container grows, so pointers to the open
-/// ones stay valid.
+/// Builds a document from the parser's events. Only the innermost open container grows, so pointers to the
+/// open ones stay valid.
 class DocumentBuilder : public nlohmann::json_sax<json>
 {
 public:
@@ -123,7 +123,8 @@ private:
         return path.to_string();
     }
 
-    /// The parser's message without its own number and position and without what it read last, which may be long.
+    /// The parser's message without its own number and position and without what it read last, which may be
+    /// long.
     static std::string plainMessage(const std::string& message)
     {
         std::string text = message.substr(std::min(message.find("] ") + 2, message.size()));

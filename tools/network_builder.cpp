@@ -86,7 +86,8 @@ bool addElement(const Element& element, ICircuit& circuit)
     return true;
 }
 
-/// Whether the node is where fluid that flows along the element's direction enters (inlet) or leaves (outlet).
+/// Whether the node is where fluid that flows along the element's direction enters (inlet) or leaves
+/// (outlet).
 bool isAlongElement(const Boundary& boundary, const Element& element, std::size_t node)
 {
     return boundary.isInlet ? element.from == node : element.to == node;
@@ -138,8 +139,8 @@ bool isDetailCheckOn()
     return value != nullptr && std::strtol(value, nullptr, 10) == 1;
 }
 
-/// What a validity state asks for; "" for the suitable ones and, unless the environment asks for detailed checks, for a
-/// network that is merely small: two pipes in a row can be solved as well as two thousand.
+/// What a validity state asks for; "" for the suitable ones and, unless the environment asks for detailed
+/// checks, for a network that is merely small: two pipes in a row can be solved as well as two thousand.
 std::string validityText(int state)
 {
     switch (state) {

@@ -7,11 +7,12 @@
 #include "network.h"
 #include "problems.h"
 
-/// Builds the network in an empty circuit, nodes and elements in file order. False, with problems, when the library
-/// refuses an element.
+/// Builds the network in an empty circuit, nodes and elements in file order. False, with problems, when the
+/// library refuses an element.
 bool buildCircuit(const Network& network, Velcor::Tavell::ICircuit& circuit, Problems& problems);
 
-/// Whether the library takes the circuit for a solve and every element can be reached; if not, the problems say why.
+/// Whether the library takes the circuit for a solve and every element can be reached; if not, the problems
+/// say why.
 bool isReadyToSolve(const Network& network, Velcor::Tavell::ICircuit& circuit, Problems& problems);
 
 #endif

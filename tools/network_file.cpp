@@ -66,7 +66,8 @@ double roundedToCurveDigits(double value)
     return rounded;
 }
 
-/// Reads one document into a network. A part with a problem keeps its default, so that the rest is still checked.
+/// Reads one document into a network. A part with a problem keeps its default, so that the rest is still
+/// checked.
 class NetworkReader
 {
 public:
@@ -454,7 +455,8 @@ private:
         answer.close();
     }
 
-    /// Checks the expected numbers of the nodes or elements; they are data for tests, the solve has no use for them.
+    /// Checks the expected numbers of the nodes or elements; they are data for tests, the solve has no use
+    /// for them.
     void readAnswers(ObjectReader& answer, const char* key, const Positions& positions,
                      const std::vector<const char*>& quantities)
     {

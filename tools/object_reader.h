@@ -32,7 +32,8 @@ std::optional<double> checkedNumber(const nlohmann::json& value, Range range, st
 class ObjectReader
 {
 public:
-    /// pointer: the JSON pointer of value. A value that is no object is a problem, and then no key is missing.
+    /// pointer: the JSON pointer of value. A value that is no object is a problem, and then no key is
+    /// missing.
     ObjectReader(const nlohmann::json& value, std::string pointer, Problems& problems);
 
     /// A name that the messages show behind the pointer.

@@ -36,7 +36,8 @@ void printErrors(const std::vector<std::string>& lines)
         std::fprintf(stderr, "%s\n", line.c_str());
 }
 
-/// Says what a gravity that is no direction does; it may be meant, for other accelerations than that of the earth.
+/// Says what a gravity that is no direction does; it may be meant, for other accelerations than that of the
+/// earth.
 void remarkOnGravity(const std::string& path, const Network& network)
 {
     const auto& g = network.gravity;

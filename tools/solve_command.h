@@ -8,7 +8,8 @@
 /// What the program returns to its caller.
 enum ExitStatus { kConverged = 0, kNotConverged = 1, kBadInput = 2, kInternalError = 3 };
 
-/// Solves the network in a file and prints its results to standard output; everything else goes to standard error.
+/// Solves the network in a file and prints its results to standard output; everything else goes to standard
+/// error.
 /// csvPath: a file for the exported results.
 int solveCommand(const std::string& path, const std::optional<std::string>& csvPath);
 

@@ -45,8 +45,8 @@ enum TavellEnergyType {
     TAVELL_ENERGY_HEAT = 5              /**< the value is a heat [W]; the wall temperature is computed */
 };
 
-/** Validity state: ICircuit::IsValid. States below 3 are suitable for analysis. The detail checks are made only when the
- *  environment variable TAVELL_DETAIL_CHECK is 1. */
+/** Validity state: ICircuit::IsValid. States below 3 are suitable for analysis. The detail checks are made only
+ *  when the environment variable TAVELL_DETAIL_CHECK is 1. */
 enum TavellValidity {
     TAVELL_VALID = 0,                       /**< valid */
     TAVELL_VALID_INNER_BOUNDARY_VALUES = 1, /**< valid; a node that is no inlet carries a boundary value */
@@ -72,8 +72,8 @@ enum TavellResultKey {
     TAVELL_RESULT_PRESSURE_DIFFERENCE = 5, /**< static pressure of the end node minus start node [Pa] */
     TAVELL_RESULT_NODE_TEMPERATURE = 6,    /**< fluid temperature at the node [K] */
     TAVELL_RESULT_PRESSURE = 7,            /**< static pressure at the node [Pa] */
-    /** External mass flow that enters the circuit at the node [kg/s]: the supply (> 0) or demand (< 0) of a boundary
-     *  node, the mass residual of an inner one. */
+    /** External mass flow that enters the circuit at the node [kg/s]: the supply (> 0) or demand (< 0) of a
+     *  boundary node, the mass residual of an inner one. */
     TAVELL_RESULT_EXTERNAL_MASS_FLOW = 8
 };
 

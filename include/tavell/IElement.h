@@ -7,8 +7,8 @@ namespace Velcor::Tavell
 
 class IEntity;
 
-/// An element of a circuit, destroyed with the circuit or by ICircuit::ReleaseElement. Positive flow runs from its
-/// start node to its end node; its length is the distance between them.
+/// An element of a circuit, destroyed with the circuit or by ICircuit::ReleaseElement. Positive flow runs
+/// from its start node to its end node; its length is the distance between them.
 /// Every typed operation reads or writes a property of the element's entity (ids 1000 to 1026).
 class IElement
 {
@@ -26,16 +26,16 @@ public:
     /// Exchanges the two end ids and nothing else.
     virtual void SwapNodes() = 0;
 
-    /// Makes the element a pump (type 1) or a loss (type 2) with a curve of count >= 4 volume flows [m3/s] and
-    /// pressures [Pa], measured with fluid of referenceDensity [kg/m3].
+    /// Makes the element a pump (type 1) or a loss (type 2) with a curve of count >= 4 volume flows [m3/s]
+    /// and pressures [Pa], measured with fluid of referenceDensity [kg/m3].
     /// False, changing nothing, for another type, a null array or fewer points.
     virtual bool UpdateCurveData(int type, const double* flowRates, const double* pressures, int count,
                                  double referenceDensity) = 0;
 
-    /// Reads the curve: *count receives the number of points; when capacity holds them all, the arrays (capacity
-    /// entries each) and *referenceDensity are filled and the result is true. False when capacity is too small (ask
-    /// with 0 first; the arrays may then be null), when fewer pressures than flows are stored and, with *count = -1,
-    /// for a pipe.
+    /// Reads the curve: *count receives the number of points; when capacity holds them all, the arrays
+    /// (capacity entries each) and *referenceDensity are filled and the result is true. False when capacity
+    /// is too small (ask with 0 first; the arrays may then be null), when fewer pressures than flows are
+    /// stored and, with *count = -1, for a pipe.
     virtual bool GetCurveData(double* referenceDensity, double* flowRates, double* pressures, int capacity,
                               int* count) = 0;
 

@@ -7,7 +7,8 @@ namespace Velcor::Tavell
 
 class IEntity;
 
-/// The one fluid of a circuit; lives as long as the circuit. Its data are properties 4000 to 4007 of its entity.
+/// The one fluid of a circuit; lives as long as the circuit. Its data are properties 4000 to 4007 of its
+/// entity.
 class IFluid
 {
 public:

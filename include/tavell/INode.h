@@ -7,7 +7,8 @@ namespace Velcor::Tavell
 
 class IEntity;
 
-/// A node of a circuit, made by ICircuit::CreateNode and destroyed with the circuit or by ICircuit::ReleaseNode.
+/// A node of a circuit, made by ICircuit::CreateNode and destroyed with the circuit or by
+/// ICircuit::ReleaseNode.
 /// Every typed operation reads or writes a property of the node's entity (ids 2000 to 2011).
 class INode
 {
@@ -23,10 +24,11 @@ public:
     virtual void SetType(int type) = 0;
     virtual int GetType() = 0;
 
-    /// Sets the constraint kind, TavellNodeConstraint, and the value that belongs to it: [Pa], [kg/s], [-] or [m/s].
-    /// Flows are positive along the joined element, from its start to its end node, whichever of the two this is. Values of
-    /// other kinds stay stored. For kind 4 set the properties TAVELL_NODE_PRESSURE and TAVELL_NODE_MASS_FLOW_RATE: its
-    /// own value is stored but read by no solve.
+    /// Sets the constraint kind, TavellNodeConstraint, and the value that belongs to it: [Pa], [kg/s], [-] or
+    /// [m/s].
+    /// Flows are positive along the joined element, from its start to its end node, whichever of the two this
+    /// is. Values of other kinds stay stored. For kind 4 set the properties TAVELL_NODE_PRESSURE and
+    /// TAVELL_NODE_MASS_FLOW_RATE: its own value is stored but read by no solve.
     virtual void SetConstraint(int constraint, double value) = 0;
     virtual int GetConstraint() = 0;
 

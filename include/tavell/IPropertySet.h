@@ -7,8 +7,8 @@
 namespace Velcor::Tavell
 {
 
-/// The properties of one entity in ascending order of id; positions run from 0. A number is kept as its text with 20
-/// significant digits, which reads back as the same double.
+/// The properties of one entity in ascending order of id; positions run from 0. A number is kept as its text
+/// with 20 significant digits, which reads back as the same double.
 class IPropertySet
 {
 public:
@@ -20,14 +20,15 @@ public:
     virtual int GetProp(std::size_t index) = 0;
     /// Value at a position; 0.0 when out of range. Throws when the stored text is no number.
     virtual double GetValue(std::size_t index) = 0;
-    /// Name of the id at a position; "" when out of range or without a name. Valid for the life of the process.
+    /// Name of the id at a position; "" when out of range or without a name. Valid for the life of the
+    /// process.
     virtual const char* GetName(std::size_t index) = 0;
     /// Stored text at a position, valid until it changes; null when out of range.
     virtual const char* GetStringValue(std::size_t index) = 0;
     /// Position of an id; -1 when it is not stored.
     virtual int GetIndex(int id) = 0;
-    /// Stores text under a property name (any letter case), whatever the kind of entity; tells no one, so results of
-    /// the circuit stay. False for an unknown name or a null value.
+    /// Stores text under a property name (any letter case), whatever the kind of entity; tells no one, so
+    /// results of the circuit stay. False for an unknown name or a null value.
     virtual bool SetStringPropertyByName(const char* name, const char* value) = 0;
 };
 

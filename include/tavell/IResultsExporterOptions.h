@@ -5,8 +5,8 @@
 namespace Velcor::Tavell
 {
 
-/// Settings of ICircuit::ExportResults; one per circuit, kept across solves. Labels are written between quotes as
-/// they are. Returned strings are valid until they are set again.
+/// Settings of ICircuit::ExportResults; one per circuit, kept across solves. Labels are written between
+/// quotes as they are. Returned strings are valid until they are set again.
 class IResultsExporterOptions
 {
 public:
@@ -22,8 +22,8 @@ public:
     /// Title of the column of a result key; null counts as "". A key without a title has "".
     virtual void SetResultLabel(int key, const char* label) = 0;
     virtual const char* GetResultLabel(int key) = 0;
-    /// Display unit of a result key, value x scale + offset. In the export a key without its own pair uses that of the
-    /// key before it, in the order 0, 1, 2, 3, 6, 7; set all six or none (scale 1, offset 0).
+    /// Display unit of a result key, value x scale + offset. In the export a key without its own pair uses
+    /// that of the key before it, in the order 0, 1, 2, 3, 6, 7; set all six or none (scale 1, offset 0).
     virtual void SetL10n(int key, double scale, double offset) = 0;
     /// Writes scale and offset when the key has a pair, else leaves them alone.
     virtual void GetL10n(int key, double& scale, double& offset) = 0;

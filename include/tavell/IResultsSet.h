@@ -7,7 +7,8 @@
 namespace Velcor::Tavell
 {
 
-/// Ids and values side by side, in order of creation. Valid until the circuit changes, is solved again or released.
+/// Ids and values side by side, in order of creation. Valid until the circuit changes, is solved again or
+/// released.
 class IResultsSet
 {
 public:
@@ -17,8 +18,8 @@ public:
     virtual const int* GetIds() = 0;
     /// Values in SI units, TavellResultKey; null when empty.
     virtual const double* GetValues() = 0;
-    /// Values in a display unit, value x scale + offset (kPa: 0.001, 0; degC: 1, -273.15); null when empty. Kept for
-    /// the pair last asked for; a call with another pair overwrites the same array.
+    /// Values in a display unit, value x scale + offset (kPa: 0.001, 0; degC: 1, -273.15); null when empty.
+    /// Kept for the pair last asked for; a call with another pair overwrites the same array.
     virtual const double* GetL10NValues(double scale, double offset) = 0;
     /// True for a node quantity, false for an element quantity.
     virtual bool IsNodal() = 0;

@@ -12,7 +12,8 @@ class IElement;
 class INode;
 
 /// An ordered list of circuits. Made by CreateTavell, given back with Release and never with delete.
-/// One system object and everything in it is used by one thread at a time; two of them may be used on two threads.
+/// One system object and everything in it is used by one thread at a time; two of them may be used on two
+/// threads.
 class ITavell
 {
 public:
@@ -40,11 +41,12 @@ public:
     virtual void Solve(bool energy, bool validateFirst, bool (*cancel)() = nullptr) = 0;
 
     /// Joins circuits that have a node at the same location; the older circuit absorbs the younger one.
-    /// Locations are compared by a key, the exclusive-or of a hash of each coordinate, without any tolerance: nodes whose
-    /// coordinates are the same in another order, or that have two equal coordinates each, can match as well.
-    /// Elements move over with their properties and new ids. A node without a partner is copied once for each element
-    /// end that uses it, so inner nodes of the absorbed circuit come apart. Elements without a diameter and an area
-    /// (pumps and losses from curves) and duplicates cannot be moved and are lost.
+    /// Locations are compared by a key, the exclusive-or of a hash of each coordinate, without any tolerance:
+    /// nodes whose coordinates are the same in another order, or that have two equal coordinates each, can
+    /// match as well.
+    /// Elements move over with their properties and new ids. A node without a partner is copied once for each
+    /// element end that uses it, so inner nodes of the absorbed circuit come apart. Elements without a
+    /// diameter and an area (pumps and losses from curves) and duplicates cannot be moved and are lost.
     virtual void MergeCircuits() = 0;
 
     /// Calls ICircuit::Validate on every circuit; the answers are ignored.

@@ -1,13 +1,15 @@
 /* TavellFlat.h: every operation of the interfaces as a C function, for C99 and C++.
  *
- * A handle is a plain pointer to an interface; in C it is opaque, in C++ it is the interface itself. Handles are not
- * checked. The full description of an operation (units, ownership, life time, failure) is in the interface's header;
- * here a bool is an int (any non-zero argument is true, results are 0 or 1; vcGetBuildDetails and the cancellation
- * callback take and give a bool) and a position is an int (a negative one is out of range). Strings and arrays that are
- * returned belong to the object that returned them.
+ * A handle is a plain pointer to an interface; in C it is opaque, in C++ it is the interface itself. Handles
+ * are not checked. The full description of an operation (units, ownership, life time, failure) is in the
+ * interface's header;
+ * here a bool is an int (any non-zero argument is true, results are 0 or 1; vcGetBuildDetails and the
+ * cancellation callback take and give a bool) and a position is an int (a negative one is out of range).
+ * Strings and arrays that are returned belong to the object that returned them.
  *
- * A number stored as text that is no number makes the operation that reads it throw a C++ exception, which ends a
- * program that has no C++ frame to catch it. Texts get there only through vcIPropertySetSetStringPropertyByName.
+ * A number stored as text that is no number makes the operation that reads it throw a C++ exception, which
+ * ends a program that has no C++ frame to catch it. Texts get there only through
+ * vcIPropertySetSetStringPropertyByName.
  */
 #ifndef TAVELL_TAVELLFLAT_H
 #define TAVELL_TAVELLFLAT_H

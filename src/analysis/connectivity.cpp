@@ -16,8 +16,9 @@ namespace
 
 constexpr std::size_t kNoPlace = static_cast<std::size_t>(-1);
 
-/// A circuit as the walk sees it. A place is the position of a node id in nodeIds; nodes that share an id share their
-/// place, since an end means the first of them. A link is an element, at its position in the circuit.
+/// A circuit as the walk sees it. A place is the position of a node id in nodeIds; nodes that share an id
+/// share their place, since an end means the first of them. A link is an element, at its position in the
+/// circuit.
 struct Network {
     struct Link {
         std::size_t start;  // place, kNoPlace when the end names no node
@@ -65,7 +66,8 @@ template <typename Visit> void forEachJoined(const Network& network, std::size_t
         visit(network.joined[entry]);
 }
 
-/// Fills joined and joinedBefore from the links: counts the links of each place, then puts each behind its earlier ones.
+/// Fills joined and joinedBefore from the links: counts the links of each place, then puts each behind its
+/// earlier ones.
 void joinLinks(Network& network)
 {
     const std::size_t places = network.nodeIds.size();
@@ -98,8 +100,8 @@ Network networkOf(const Circuit& circuit)
     return network;
 }
 
-/// Walks depth first from the links of a place and marks every place at their ends and beyond. The place itself is
-/// marked as an end of a link, so not when it has none.
+/// Walks depth first from the links of a place and marks every place at their ends and beyond. The place
+/// itself is marked as an end of a link, so not when it has none.
 void walkFrom(Network& network, std::size_t first)
 {
     std::vector<std::size_t> work;
@@ -116,7 +118,8 @@ void walkFrom(Network& network, std::size_t first)
     }
 }
 
-/// The network of a circuit, with what can be reached from its first node marked. Without nodes there are no links.
+/// The network of a circuit, with what can be reached from its first node marked. Without nodes there are no
+/// links.
 Network walkedNetworkOf(const Circuit& circuit)
 {
     const Node* first = circuit.nodes().at(0);
@@ -133,7 +136,8 @@ bool allReached(const Network& network)
     return !reached.empty() && std::find(reached.begin(), reached.end(), false) == reached.end();
 }
 
-/// The links joined to places out of reach, by ascending node id, those of a node in order of creation, each once.
+/// The links joined to places out of reach, by ascending node id, those of a node in order of creation, each
+/// once.
 std::vector<std::size_t> gatherOutOfReach(const Network& network)
 {
     std::vector<std::size_t> gathered;

@@ -22,7 +22,8 @@ bool hasVelocity(int type)
     return type >= 0 && type < 11 && ((kKinds >> type) & 1U) != 0;
 }
 
-/// Mean velocity [m/s], signed as the flow; 0.0 for a kind without one and for an element without area or diameter.
+/// Mean velocity [m/s], signed as the flow; 0.0 for a kind without one and for an element without area or
+/// diameter.
 double velocityOf(const lcnNET_elems& elem, double volumeFlow)
 {
     const bool hasSection = std::fabs(elem.Area) > lcn::kTiny && std::fabs(elem.diam) > lcn::kTiny;

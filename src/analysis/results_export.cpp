@@ -73,7 +73,8 @@ std::string exportedNumber(double value, int digits)
 
 std::string exportText(std::map<int, ResultsSet>& results, ResultsExporterOptions& options)
 {
-    // kept: a key without a display unit of its own takes that of the key before it, in the order of the calls below;
+    // kept: a key without a display unit of its own takes that of the key before it, in the order of the
+    // calls below;
     // hosts set all pairs or none, and texts exported with some of them rest on it.
     double scale = 1.0;
     double offset = 0.0;

@@ -47,8 +47,8 @@ template <typename Object> Census<Object> censusOf(OrderedObjects<Object>& objec
     return census;
 }
 
-/// The id that an end of an element (TAVELL_ELEMENT_START or TAVELL_ELEMENT_END) names; nothing when it is absent or
-/// its text is no number.
+/// The id that an end of an element (TAVELL_ELEMENT_START or TAVELL_ELEMENT_END) names; nothing when it is
+/// absent or its text is no number.
 std::optional<int> namedId(const Element& element, int end)
 {
     const std::optional<double> number = element.properties().readableNumber(end);

@@ -21,8 +21,8 @@ namespace
 constexpr double kSecondsPerHour = 3600.0;
 constexpr double kKvPerCv = 0.865;  // [m3/h at 1 bar per US gal/min at 1 psi]
 
-/// [m] start of the search for the lowest node. kept: 1e11 in single precision; it is reported as the reference elevation
-/// of a circuit without nodes.
+/// [m] start of the search for the lowest node. kept: 1e11 in single precision; it is reported as the
+/// reference elevation of a circuit without nodes.
 constexpr double kHeightLimit = 99999997952.0;
 
 constexpr double kShortestElement = 1.0e-6;  // [m]
@@ -156,7 +156,8 @@ void readElements(Circuit& circuit, Network& network)
     network.elements.assign(std::move(records));
 }
 
-/// Heights [m] above the lowest node, against the direction of gravity; the lowest node's own is the reference elevation.
+/// Heights [m] above the lowest node, against the direction of gravity; the lowest node's own is the
+/// reference elevation.
 void setHeights(Circuit& circuit, Network& network)
 {
     double gx = 0.0, gy = 0.0, gz = 0.0;
@@ -228,8 +229,8 @@ void readNodes(Circuit& circuit, Network& network)
     network.nodes.assign(std::move(records));
 }
 
-/// Mean of the inlets' stored fluid temperatures [K] over all inlets: the first guess of every element's temperature, until
-/// the starting values replace it. Not a number without an inlet.
+/// Mean of the inlets' stored fluid temperatures [K] over all inlets: the first guess of every element's
+/// temperature, until the starting values replace it. Not a number without an inlet.
 void setAverageTemperature(const Circuit& circuit, Network& network)
 {
     double sum = 0.0;
@@ -326,7 +327,8 @@ double massFlowOf(const BoundaryCondition& boundary, const lcnNET_elems& elem, c
     }
 }
 
-/// The pressure part fixes the node, the flow part the first element joined to it unless that has a fixed flow already.
+/// The pressure part fixes the node, the flow part the first element joined to it unless that has a fixed
+/// flow already.
 void imposeBoundary(const BoundaryCondition& boundary, Network& network)
 {
     lcnNET_nodes& node = network.nodes[boundary.record];

@@ -28,12 +28,12 @@ struct Network {
     std::vector<BoundaryCondition> boundaries;
 };
 
-/// Reads the whole model: element inputs by type, locations and heights, settings, fluid, boundary conditions. Changes
-/// nothing; throws when a stored number is not readable.
+/// Reads the whole model: element inputs by type, locations and heights, settings, fluid, boundary
+/// conditions. Changes nothing; throws when a stored number is not readable.
 Network readModel(Circuit& circuit, bool energy);
 
-/// Connects the records, sets directions and lengths of the elements and imposes the boundary conditions. An element
-/// whose end names no node raises lcn::FatalException.
+/// Connects the records, sets directions and lengths of the elements and imposes the boundary conditions. An
+/// element whose end names no node raises lcn::FatalException.
 void completeNetwork(Network& network);
 
 }  // namespace Velcor::Tavell

@@ -1,5 +1,5 @@
-// validity.cpp: the validity states in their order, each by one question; ICircuit::IsValid, IsSuitableForAnalysis and
-// Validate.
+// validity.cpp: the validity states in their order, each by one question; ICircuit::IsValid,
+// IsSuitableForAnalysis and Validate.
 #include "validity.h"
 
 #include <algorithm>
@@ -48,7 +48,8 @@ bool everyEndNamesANode(const Circuit& circuit)
     });
 }
 
-/// Whether a node carries the value that its constraint, TavellNodeConstraint, needs; false for an unknown constraint.
+/// Whether a node carries the value that its constraint, TavellNodeConstraint, needs; false for an unknown
+/// constraint.
 bool hasConstraintValue(const Node& node, int constraint)
 {
     switch (constraint) {
@@ -85,7 +86,8 @@ std::optional<ConstraintCounts> countConstraints(const Circuit& circuit)
     return counts;
 }
 
-/// Whether constraints of pressure and flow, which fix two values at one node, leave too few others to fix the rest.
+/// Whether constraints of pressure and flow, which fix two values at one node, leave too few others to fix
+/// the rest.
 bool lacksOtherConstraints(const ConstraintCounts& counts)
 {
     return counts.pressureAndFlow > 0 && counts.pressure + counts.flow < kMinOtherConstraints;

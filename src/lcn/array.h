@@ -8,8 +8,8 @@
 namespace lcn
 {
 
-/// A handle on reference-counted storage with an index offset. Copies share the elements: what one writes the others
-/// read. Items are numbered from 1, so an array for n items holds n + 1 slots and slot 0 is unused.
+/// A handle on reference-counted storage with an index offset. Copies share the elements: what one writes the
+/// others read. Items are numbered from 1, so an array for n items holds n + 1 slots and slot 0 is unused.
 /// Handles may be copied and destroyed on different threads; element access is not synchronised.
 template <typename T> class array
 {
@@ -20,8 +20,8 @@ public:
     array& operator=(const array&) = default;
     virtual ~array() = default;
 
-    /// Sets the number of slots [0 .. count - 1]. New slots are zero, surplus ones are dropped from the end, the offset
-    /// goes back to 0. Every handle on the storage sees the change. Throws std::bad_alloc.
+    /// Sets the number of slots [0 .. count - 1]. New slots are zero, surplus ones are dropped from the end,
+    /// the offset goes back to 0. Every handle on the storage sees the change. Throws std::bad_alloc.
     void resize(int count)
     {
         m_storage->items.resize(count > 0 ? static_cast<std::size_t>(count) : 0);

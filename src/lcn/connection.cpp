@@ -72,7 +72,8 @@ void connect(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
         ++nodes[elem.LocalEndNode].no_branches;
     }
 
-    // One storage for all lists of a kind; each node's list is a view into it that starts after the lists before it.
+    // One storage for all lists of a kind; each node's list is a view into it that starts after the lists
+    // before it.
     array<int> hostElements, neighbours, localElements;
     const int ends = 2 * var.ElemTotal + 1;
     hostElements.resize(ends);

@@ -4,7 +4,8 @@
 namespace lcn
 {
 
-/// Smallest magnitude that is divided by; a smaller divisor counts as zero and each formula states what it gives then.
+/// Smallest magnitude that is divided by; a smaller divisor counts as zero and each formula states what it
+/// gives then.
 inline constexpr double kTiny = 3e-38;
 
 /// Standard gravity [m/s2], ISO 80000-3.

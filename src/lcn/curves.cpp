@@ -31,7 +31,8 @@ bool isUsable(const lcnNET_pumps& curve)
     return true;
 }
 
-/// Householder reflection of column j: makes the rows below j zero there, and applies it to the later columns and y.
+/// Householder reflection of column j: makes the rows below j zero there, and applies it to the later columns
+/// and y.
 /// Returns the diagonal entry R(j, j).
 double reflectColumn(std::vector<Row>& rows, std::vector<double>& y, std::size_t j)
 {
@@ -64,8 +65,8 @@ double reflectColumn(std::vector<Row>& rows, std::vector<double>& y, std::size_t
     return diagonal;
 }
 
-/// The flow [m3/s] at which a pump's stored cubic rises through zero, by Newton's method from q. Nothing when the search
-/// does not settle or meets a vanishing slope.
+/// The flow [m3/s] at which a pump's stored cubic rises through zero, by Newton's method from q. Nothing when
+/// the search does not settle or meets a vanishing slope.
 std::optional<double> newtonZero(const lcnNET_pumps& p, double q)
 {
     for (int step = 0; step < kNewtonSteps; ++step) {
@@ -136,7 +137,8 @@ bool preparePump(lcnNET_pumps& curve, lcnNET_var& var)
 {
     const auto cubic = fitCubic(curve);
     if (!cubic) return false;
-    // kept: a pump stores minus the pressure rise, a loss its pressure drop; both are then "drop along the flow".
+    // kept: a pump stores minus the pressure rise, a loss its pressure drop; both are then "drop along the
+    // flow".
     curve.a = -(*cubic)[0];
     curve.b = -(*cubic)[1];
     curve.c = -(*cubic)[2];
@@ -153,7 +155,8 @@ bool prepareLoss(lcnNET_pumps& curve)
 {
     const auto cubic = fitCubic(curve);
     if (!cubic) return false;
-    // kept: the constant term is dropped without fitting the others again; a loss has no pressure drop at rest.
+    // kept: the constant term is dropped without fitting the others again; a loss has no pressure drop at
+    // rest.
     curve.a = 0.0;
     curve.b = (*cubic)[1];
     curve.c = (*cubic)[2];

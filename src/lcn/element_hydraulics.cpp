@@ -65,8 +65,8 @@ double cubic(const lcnNET_pumps& p, double Q)
     return p.a + p.b * Q + p.c * Q * Q + p.d * Q * Q * Q;
 }
 
-/// The straight line through the operating point and the zero-rise point (qmax, 0); beyond the curve through the
-/// shut-off point and (qmax, 0).
+/// The straight line through the operating point and the zero-rise point (qmax, 0); beyond the curve through
+/// the shut-off point and (qmax, 0).
 void linearisePump(const lcnNET_elems& elem, double Q, LinearisedLaw& law)
 {
     const lcnNET_pumps& p = elem.Curve;
@@ -82,7 +82,8 @@ void linearisePump(const lcnNET_elems& elem, double Q, LinearisedLaw& law)
     law.c0 = P * p.qmax / (p.qmax - Q);
 }
 
-/// The chord from the origin through the last point: a straight curve is exact, and the iteration is stable on any.
+/// The chord from the origin through the last point: a straight curve is exact, and the iteration is stable
+/// on any.
 double lossCurveChord(const lcnNET_pumps& curve)
 {
     const int n = curve.points();
@@ -113,8 +114,8 @@ void lineariseGeneralLoss(const lcnNET_elems& elem, double Q, LinearisedLaw& law
     law.r2 = minorResistance(elem);
     law.c1 = elem.HWcoeff;
     const double magnitude = std::fabs(Q);
-    // kept: the minor loss enters as K^2 / (4 A^4) here and as Q^2 K / (2 A^2) for Hazen-Williams; g is only the start
-    // of the search for the flow, and that search's path rests on it.
+    // kept: the minor loss enters as K^2 / (4 A^4) here and as Q^2 K / (2 A^2) for Hazen-Williams; g is only
+    // the start of the search for the flow, and that search's path rests on it.
     const double minor = law.r2 == 0.0 ? 0.0 : elem.k * law.r2 * dynamicFactor(elem);
     law.g = magnitude < kTiny ? kSecantAtRest
                               : (generalPower(elem, magnitude) + minor) * elem.density / magnitude;

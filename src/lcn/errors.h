@@ -9,7 +9,8 @@ class lcnNET_var;
 namespace lcn
 {
 
-/// The network cannot be solved. The reason is in the control record's Messages, but for the text of an empty list.
+/// The network cannot be solved. The reason is in the control record's Messages, but for the text of an empty
+/// list.
 class FatalException : public std::exception
 {
 public:
@@ -30,8 +31,8 @@ enum ErrorCode {
     kNoInternalNodes = 33
 };
 
-/// Appends the diagnostic of code to var.Messages, then throws FatalException with its text. a, element, b and node are
-/// the host's numbers; which of them a code uses is in the table in errors.cpp.
+/// Appends the diagnostic of code to var.Messages, then throws FatalException with its text. a, element, b
+/// and node are the host's numbers; which of them a code uses is in the table in errors.cpp.
 [[noreturn]] void lcnErrmsg(lcnNET_var& var, int code, int a, int element, int b, int node);
 
 }  // namespace lcn

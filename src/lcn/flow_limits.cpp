@@ -36,8 +36,8 @@ double drop(const NodeArray& nodes, const lcnNET_elems& elem)
     return nodes[elem.LocalStartNode].Pressure - nodes[elem.LocalEndNode].Pressure;
 }
 
-/// A shut non-return element opens when pressure pushes forward; a control valve at its limit when its own resistance
-/// alone takes more than the pressure difference, so that it carries less than the limit.
+/// A shut non-return element opens when pressure pushes forward; a control valve at its limit when its own
+/// resistance alone takes more than the pressure difference, so that it carries less than the limit.
 bool hasNoReasonToBeFixed(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, int e,
                           double pressureTolerance)
 {
@@ -63,9 +63,10 @@ double violation(const lcnNET_elems& elem, double averageFlow)
     return limit > 0.0 ? flow / limit : infinite;
 }
 
-/// Of the violations, worst first, those that can be fixed one after the other without cutting a free node off from the
-/// fixed pressures that it is joined to. Passing over an element because it is the last link is the reverse-delete form
-/// of a spanning tree (Kruskal 1956): the links to keep are found by adding the violators back, mildest first.
+/// Of the violations, worst first, those that can be fixed one after the other without cutting a free node
+/// off from the fixed pressures that it is joined to. Passing over an element because it is the last link is
+/// the reverse-delete form of a spanning tree (Kruskal 1956): the links to keep are found by adding the
+/// violators back, mildest first.
 std::vector<int> fixable(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
                          const std::vector<char>& isViolator, const std::vector<int>& worstFirst)
 {
@@ -168,9 +169,9 @@ bool FlowLimits::mark(const NodeArray& nodes, const ElementArray& elements, cons
     return true;
 }
 
-/// The last link of a part is about to be fixed. When the flows that then bound the part do not balance, the limit of
-/// a control valve that feeds the surplus (or draws the deficit) cannot be met: the largest such valve opens again, and
-/// carries less than its limit.
+/// The last link of a part is about to be fixed. When the flows that then bound the part do not balance, the
+/// limit of a control valve that feeds the surplus (or draws the deficit) cannot be met: the largest such
+/// valve opens again, and carries less than its limit.
 void FlowLimits::openSurplus(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
                              int lastLink)
 {

@@ -9,20 +9,20 @@
 namespace lcn
 {
 
-/// Decides which control valves hold their limit and which non-return elements are shut. Both start as the open
-/// resistances that they are; the set is changed only when the balance is nearly met and has had time to react, so that
-/// each change is decided on a flow field that answers the last one.
-/// The answer that a settled set stands for: no reverse flow, no flow above a limit, no shut element with a pressure
-/// difference forward, no limited element that could carry less.
+/// Decides which control valves hold their limit and which non-return elements are shut. Both start as the
+/// open resistances that they are; the set is changed only when the balance is nearly met and has had time to
+/// react, so that each change is decided on a flow field that answers the last one.
+/// The answer that a settled set stands for: no reverse flow, no flow above a limit, no shut element with a
+/// pressure difference forward, no limited element that could carry less.
 class FlowLimits
 {
 public:
     /// Finds the elements it decides on: types 9 and 10 without a flow end.
     void prepare(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var);
 
-    /// One decision in iteration n: opens elements whose reason to be fixed has gone; when there were none, marks
-    /// violators with FlowLimited for the next assembly, worst ratio first. One that would cut free nodes off from every
-    /// fixed pressure is passed over unless no other is left.
+    /// One decision in iteration n: opens elements whose reason to be fixed has gone; when there were none,
+    /// marks violators with FlowLimited for the next assembly, worst ratio first. One that would cut free
+    /// nodes off from every fixed pressure is passed over unless no other is left.
     /// massError [-] is the previous iteration's; averageFlow [kg/s]. Returns true when the set changed.
     bool update(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, int n,
                 double massError, double averageFlow);

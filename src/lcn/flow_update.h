@@ -10,16 +10,17 @@ namespace lcn
 {
 
 /// Moves node pressures by relaxpp times their corrections [Pa] and every unfixed element with a free end to
-/// rho (relaxpp (correction(start) - correction(end)) / flowResistance + flowEstimate). Keeps the previous values.
+/// rho (relaxpp (correction(start) - correction(end)) / flowResistance + flowEstimate). Keeps the previous
+/// values.
 void updateFlows(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
                  const NodeEquations& equations, const std::vector<double>& corrections);
 
-/// Mean static pressure of every element: (pStart + pEnd)/2 - rho V^2/2 - rho g (zStart + zEnd)/2 [Pa]; of a pump or loss
-/// curve the pressure of its start node. In a gas also relaxes the density toward p / (R T).
+/// Mean static pressure of every element: (pStart + pEnd)/2 - rho V^2/2 - rho g (zStart + zEnd)/2 [Pa]; of a
+/// pump or loss curve the pressure of its start node. In a gas also relaxes the density toward p / (R T).
 void updateElementPressures(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var);
 
-/// Elements between two fixed pressures are in no equation: their law is solved, and a control valve's or non-return
-/// element's limit imposed, on their own here.
+/// Elements between two fixed pressures are in no equation: their law is solved, and a control valve's or
+/// non-return element's limit imposed, on their own here.
 class FixedPressureElements
 {
 public:
@@ -49,10 +50,11 @@ private:
     std::vector<End> m_ends;
 };
 
-/// Where every pressure starts equal, a correction below half a unit in the last place of the pressure moves nothing,
-/// for ever: 1e-5 kg/s at 1 bar. An element without any pressure difference before and after the update, whose
-/// corrections would drive a flow above the criterion and whose node is out of balance, gets a first difference: one free
-/// end moves by 1e-9 max(|p|, 1) in the sense of its correction relative to the other's.
+/// Where every pressure starts equal, a correction below half a unit in the last place of the pressure moves
+/// nothing, for ever: 1e-5 kg/s at 1 bar. An element without any pressure difference before and after the
+/// update, whose corrections would drive a flow above the criterion and whose node is out of balance, gets a
+/// first difference: one free end moves by 1e-9 max(|p|, 1) in the sense of its correction relative to the
+/// other's.
 void separateEqualPressures(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
                             const NodeEquations& equations, const std::vector<double>& corrections,
                             double averageFlow);

@@ -52,8 +52,9 @@ double convection(const NodeArray& nodes, const lcnNET_elems& elem, const lcnNET
     return elem.subKind == kDoubledTransfer ? 2.0 * h : h;
 }
 
-/// Convection from a wall. Over a long slow pipe the fluid reaches the wall's temperature and cannot pass it: without
-/// that bound the sweep over the temperatures diverges from about six transfer units; below two it changes nothing.
+/// Convection from a wall. Over a long slow pipe the fluid reaches the wall's temperature and cannot pass it:
+/// without that bound the sweep over the temperatures diverges from about six transfer units; below two it
+/// changes nothing.
 double heatFromWall(const NodeArray& nodes, const lcnNET_elems& elem, const lcnNET_var& var)
 {
     const double difference = elem.MetalTemp - elem.Temperature;

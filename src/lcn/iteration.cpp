@@ -53,8 +53,8 @@ int findTracedNode(const NodeArray& nodes, const lcnNET_var& var)
     return 0;
 }
 
-/// Friction factors at the present flows, once per iteration: the law is used again, unchanged, by the pressures of flow
-/// ends, the pressure measure and the next linearisation.
+/// Friction factors at the present flows, once per iteration: the law is used again, unchanged, by the
+/// pressures of flow ends, the pressure measure and the next linearisation.
 void updateFrictionFactors(const ElementArray& elements, const lcnNET_var& var)
 {
     for (int e = 1; e <= var.ElemTotal; ++e)
@@ -75,7 +75,8 @@ double averageOf(double totalFlow, const lcnNET_var& var)
     return std::fabs(average) < kTiny || var.ElemTotal == 0 ? 1.0 : average;
 }
 
-/// Net inflow of every node from its elements. Boundary nodes keep theirs as mass source; free nodes are measured.
+/// Net inflow of every node from its elements. Boundary nodes keep theirs as mass source; free nodes are
+/// measured.
 void measureMass(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
                  std::vector<double>& balance, Measures& measures)
 {
@@ -107,8 +108,8 @@ void measureMass(const NodeArray& nodes, const ElementArray& elements, const lcn
     measures.massError = var.flowWeight * largest / measures.averageFlow;
 }
 
-/// Whether an element takes part in the pressure measure. A fixed flow has no law to meet, but at a flow end, whose
-/// pressure is made to meet it. The chord of a loss curve is not its law.
+/// Whether an element takes part in the pressure measure. A fixed flow has no law to meet, but at a flow end,
+/// whose pressure is made to meet it. The chord of a loss curve is not its law.
 bool isMeasured(const NodeArray& nodes, const lcnNET_elems& elem)
 {
     if (elem.type == kLossCurve) return false;
@@ -164,8 +165,8 @@ void updateTemperatures(const NodeArray& nodes, const ElementArray& elements, lc
     }
 }
 
-/// Whether every number that a result is made of is finite; a geometry that is not, at an element with a fixed flow,
-/// shows nowhere else.
+/// Whether every number that a result is made of is finite; a geometry that is not, at an element with a
+/// fixed flow, shows nowhere else.
 bool isFinite(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
 {
     for (int i = 1; i <= var.NodeTotal; ++i)

@@ -9,11 +9,12 @@ namespace lcn
 /// Asked once per iteration; true requests a stop. May be null.
 using CancelCallback = bool (*)();
 
-/// Iterates prepared records to convergence: linearise, solve for pressure corrections, update flows, measure, update
-/// temperatures and minor losses, until mass and pressure errors are below Concrit, numitermm iterations are done, a stop
-/// is requested or a value is no longer finite. dt [s] is the time step, kSteadyState for a steady solve.
-/// Returns true when it converged and nothing but 700480 was recorded; else the reasons are in var.Messages and the last
-/// iterate stays in the records. relaxpp may be lowered to 0.1 and stays so.
+/// Iterates prepared records to convergence: linearise, solve for pressure corrections, update flows,
+/// measure, update temperatures and minor losses, until mass and pressure errors are below Concrit, numitermm
+/// iterations are done, a stop is requested or a value is no longer finite. dt [s] is the time step,
+/// kSteadyState for a steady solve.
+/// Returns true when it converged and nothing but 700480 was recorded; else the reasons are in var.Messages
+/// and the last iterate stays in the records. relaxpp may be lowered to 0.1 and stays so.
 /// Raises FatalException for an empty node list, kNoInternalNodes, and a singular unsymmetric matrix.
 bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var, double dt,
              CancelCallback cancel);

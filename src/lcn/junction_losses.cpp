@@ -54,11 +54,16 @@ double speed(const Flow& flow)
     return flow.massFlow / (flow.elem->density * flow.elem->Area);
 }
 
+/// False for the direction of an element whose ends coincide.
+bool isKnown(const Vector& direction)
+{
+    return dot(direction, direction) > kTiny;
+}
+
 /// Cosine of the deflection from one direction to another; straight on when one of them is unknown.
 double deflection(const Vector& from, const Vector& to)
 {
-    const bool known = dot(from, from) > kTiny && dot(to, to) > kTiny;
-    return known ? std::clamp(dot(from, to), -1.0, 1.0) : 1.0;
+    return isKnown(from) && isKnown(to) ? std::clamp(dot(from, to), -1.0, 1.0) : 1.0;
 }
 
 void collectFlows(const ElementArray& elements, const lcnNET_nodes& node, Junction& junction)
@@ -92,11 +97,13 @@ void addBranchLosses(const Junction& junction)
 {
     double total = 0.0;     // [kg/s]
     double velocity = 0.0;  // [m/s], flow-weighted
-    Vector direction;       // flow-weighted: opposed inflows cancel
+    Vector direction;       // flow-weighted: opposed inflows cancel, and leave every outflow across them
+    bool hasDirection = false;
     for (const Flow& flow : junction.in) {
         if (!hasArea(*flow.elem)) continue;
         total += flow.massFlow;
         velocity += flow.massFlow * speed(flow);
+        hasDirection = hasDirection || isKnown(flow.direction);
         direction.x += flow.massFlow * flow.direction.x;
         direction.y += flow.massFlow * flow.direction.y;
         direction.z += flow.massFlow * flow.direction.z;
@@ -104,10 +111,12 @@ void addBranchLosses(const Junction& junction)
     if (!(total > 0.0)) return;
     velocity /= total;
     direction = {direction.x / total, direction.y / total, direction.z / total};
-    for (const Flow& flow : junction.out)
-        if (receivesLoss(*flow.elem))
-            flow.elem->k +=
-                branchLossOnOwnVelocity(speed(flow) / velocity, deflection(direction, flow.direction));
+    for (const Flow& flow : junction.out) {
+        if (!receivesLoss(*flow.elem)) continue;
+        const bool known = hasDirection && isKnown(flow.direction);
+        const double cosine = known ? std::clamp(dot(direction, flow.direction), -1.0, 1.0) : 1.0;
+        flow.elem->k += branchLossOnOwnVelocity(speed(flow) / velocity, cosine);
+    }
 }
 
 }  // namespace

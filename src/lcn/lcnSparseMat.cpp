@@ -11,7 +11,8 @@
 namespace
 {
 
-/// Inner product of two runs of count entries, four partial sums: the additions of one do not wait for one another.
+/// Inner product of two runs of count entries, four partial sums: the additions of one do not wait for one
+/// another.
 double innerProduct(const double* a, const double* b, int count)
 {
     double s0 = 0.0, s1 = 0.0, s2 = 0.0, s3 = 0.0;
@@ -27,8 +28,8 @@ double innerProduct(const double* a, const double* b, int count)
     return (s0 + s1) + (s2 + s3);
 }
 
-/// values[i] := values[source[i]] for i = 1..n, in place along the cycles of source; entries already moved are marked by
-/// a negative sign, which is taken away again at the end.
+/// values[i] := values[source[i]] for i = 1..n, in place along the cycles of source; entries already moved
+/// are marked by a negative sign, which is taken away again at the end.
 void permuteInPlace(lcn::array<double>& values, lcn::array<int>& source, int n)
 {
     for (int start = 1; start <= n; ++start) {

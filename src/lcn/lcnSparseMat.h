@@ -6,8 +6,9 @@
 #include "array.h"
 #include "ordering.h"
 
-/// An n x n matrix of symmetric structure, reordered by reverse Cuthill-McKee and stored by its envelope (Jennings
-/// 1966): column k of the reordered matrix keeps its entries from the first non-zero one down to the diagonal.
+/// An n x n matrix of symmetric structure, reordered by reverse Cuthill-McKee and stored by its envelope
+/// (Jennings 1966): column k of the reordered matrix keeps its entries from the first non-zero one down to
+/// the diagonal.
 /// Factorisation is in place, without pivoting. Equations and positions run from 1.
 class lcnSparseMat
 {
@@ -37,10 +38,12 @@ public:
     int status() const { return m_status; }
     bool isSymmetric() const { return m_symmetric != 0; }
 
-    /// Adds value to entry (i, j), equation numbers. A symmetric matrix takes each pair once, in either order.
+    /// Adds value to entry (i, j), equation numbers. A symmetric matrix takes each pair once, in either
+    /// order.
     void add(int i, int j, double value);
 
-    /// Slot of the pair (i, j), i != j, for addToSlot; 0 with the status set when it lies outside the envelope.
+    /// Slot of the pair (i, j), i != j, for addToSlot; 0 with the status set when it lies outside the
+    /// envelope.
     int slot(int i, int j);
     /// Adds value to a slot of the lower triangle (a symmetric matrix's only one).
     void addToSlot(int slot, double value) { lower[slot] += value; }
@@ -50,12 +53,12 @@ public:
     double& rightHandSide(int i) { return m_rhs[i]; }
 
     /// Factorises once; a second call changes nothing. Returns the status: Cholesky for a symmetric matrix
-    /// (kNotPositiveDefinite at a pivot that is not above 0), else Crout LU (kSingular at a pivot below 3e-38 in
-    /// magnitude, kNegativePivot as a warning). Cost: the sum of the squared column heights.
+    /// (kNotPositiveDefinite at a pivot that is not above 0), else Crout LU (kSingular at a pivot below 3e-38
+    /// in magnitude, kNegativePivot as a warning). Cost: the sum of the squared column heights.
     int factorise();
 
-    /// Factorises when that has not been done, then solves for the right-hand side in place. The solution is of use
-    /// only with status kOk.
+    /// Factorises when that has not been done, then solves for the right-hand side in place. The solution is
+    /// of use only with status kOk.
     int solve();
 
     lcn::array<int> permutation;      // equation at each position

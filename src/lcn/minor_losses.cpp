@@ -28,7 +28,8 @@ double sumOfK(const ElementArray& elements, const lcnNET_var& var)
     return sum;
 }
 
-/// Weight of the new coefficients: junction losses that keep changing sides are damped more and more, then frozen.
+/// Weight of the new coefficients: junction losses that keep changing sides are damped more and more, then
+/// frozen.
 double relaxation(int updates, double relaxpp)
 {
     if (updates > 700) return 0.0;
@@ -43,8 +44,9 @@ void MinorLosses::start(const ElementArray& elements, lcnNET_var& var)
 {
     if (var.Minor != kNoMinorLosses && var.warmStart() == 0) {
         for (int e = 1; e <= var.ElemTotal; ++e) {
-            // No junction has a loss yet: the starting flows all run from start to end, whatever way the elements were
-            // drawn, and with short pipes the answer could depend on which junctions they make divide or combine.
+            // No junction has a loss yet: the starting flows all run from start to end, whatever way the
+            // elements were drawn, and with short pipes the answer could depend on which junctions they make
+            // divide or combine.
             elements[e].k = 0.0;
             applyMode(elements[e], var.Minor);
         }

@@ -6,15 +6,17 @@
 namespace lcn
 {
 
-/// Follows the minor loss coefficients K through an iteration. Modes (var.Minor): 0 the specified K; 1 the computed
-/// one, replaced by the specified K where that exceeds 3e-38; 4 none; other values the computed K.
+/// Follows the minor loss coefficients K through an iteration. Modes (var.Minor): 0 the specified K; 1 the
+/// computed one, replaced by the specified K where that exceeds 3e-38; 4 none; other values the computed K.
 class MinorLosses
 {
 public:
-    /// Starting coefficients, those of junctions 0. Writes every k, unless there are no minor losses or the solve is warm.
+    /// Starting coefficients, those of junctions 0. Writes every k, unless there are no minor losses or the
+    /// solve is warm.
     void start(const ElementArray& elements, lcnNET_var& var);
 
-    /// One update, relaxed and capped at 200. Returns true when the sum of all K changed by less than Concrit.
+    /// One update, relaxed and capped at 200. Returns true when the sum of all K changed by less than
+    /// Concrit.
     bool update(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var);
 
     double error() const { return m_error; }  // [-] relative change of the sum of all K

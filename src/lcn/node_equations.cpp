@@ -90,7 +90,8 @@ double powerLawFlow(double a, double n, double r2, double head, double q, double
     return q;
 }
 
-/// Hazen-Williams and general losses. kept: these two do not take part in the flow weight; a steady solve has weight 1.
+/// Hazen-Williams and general losses. kept: these two do not take part in the flow weight; a steady solve has
+/// weight 1.
 ElementEquation powerEquation(const lcnNET_elems& elem, const LinearisedLaw& law, double dp, double criterion)
 {
     const bool general = elem.type == kGeneralLoss;
@@ -125,8 +126,9 @@ void addStorage(const NodeArray& nodes, const ElementArray& elements, const lcnN
     }
 }
 
-/// Lowers the conductance of elements at rest where it would drown all others: in a matrix of 1e6 beside 1e-10, as in a
-/// grid of microchannels whose inner pressures start equal, the boundary is lost to rounding and with it the solution.
+/// Lowers the conductance of elements at rest where it would drown all others: in a matrix of 1e6 beside
+/// 1e-10, as in a grid of microchannels whose inner pressures start equal, the boundary is lost to rounding
+/// and with it the solution.
 /// They stay a thousand times more conductive than any element whose law has spoken.
 void lowerConductancesAtRest(const ElementArray& elements, const lcnNET_var& var, NodeEquations& equations)
 {

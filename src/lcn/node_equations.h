@@ -20,8 +20,8 @@ struct ElementEquation {
     double flowResistance = 0.0;  // [Pa s/m3] turns a difference of pressure corrections into one of flow
 };
 
-/// The node equations and what is needed to turn their solution into flows. Sized once per solve, filled once per
-/// iteration. Slot 0 is unused.
+/// The node equations and what is needed to turn their solution into flows. Sized once per solve, filled once
+/// per iteration. Slot 0 is unused.
 struct NodeEquations {
     std::vector<double> diag;          // per node: total conductance [kg/(s Pa)]; 1.0 when not free
     std::vector<double> rhs;           // per node: net estimated inflow [kg/s]; 0 when not free
@@ -34,18 +34,18 @@ struct NodeEquations {
     void size(const lcnNET_var& var);
 };
 
-/// Imposes the flow limit or target of an element whose FlowLimited is set, by type: 10 shuts reverse flow, 9 holds its
-/// limit, others take their target and hold it once they flow. Writes fix, FixedFlow, Massflow, MassflowOld. The
-/// assembly calls it once for each free end, as the balance of either end meets the element.
+/// Imposes the flow limit or target of an element whose FlowLimited is set, by type: 10 shuts reverse flow, 9
+/// holds its limit, others take their target and hold it once they flow. Writes fix, FixedFlow, Massflow,
+/// MassflowOld. The assembly calls it once for each free end, as the balance of either end meets the element.
 void applyFlowLimit(lcnNET_elems& elem);
 
 /// The part of an unfixed element e for the time step dt [s]. Zero for a type without a law.
 ElementEquation elementEquation(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
                                 int e, double dt, Friction friction = Friction::kEvaluate);
 
-/// Fills the equations for the time step dt [s]. Every element's law is evaluated once, whatever the number of its free
-/// ends. Reads pressures, flows, coefficients; writes fix, FixedFlow and Massflow of elements with FlowLimited and
-/// (kEvaluate) friction.
+/// Fills the equations for the time step dt [s]. Every element's law is evaluated once, whatever the number
+/// of its free ends. Reads pressures, flows, coefficients; writes fix, FixedFlow and Massflow of elements
+/// with FlowLimited and (kEvaluate) friction.
 void assembleNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
                            double dt, NodeEquations& equations, Friction friction = Friction::kEvaluate);
 

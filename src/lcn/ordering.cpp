@@ -78,8 +78,8 @@ int pseudoPeripheralRoot(LevelStructure& structure, int start)
     }
 }
 
-/// Appends the component of root to order: breadth first, unnumbered neighbours by increasing degree, ties as they are
-/// listed (a stable sort, so that a hub with many neighbours costs no more than n log n).
+/// Appends the component of root to order: breadth first, unnumbered neighbours by increasing degree, ties as
+/// they are listed (a stable sort, so that a hub with many neighbours costs no more than n log n).
 void numberComponent(const Graph& graph, int root, std::vector<char>& numbered, std::vector<int>& order)
 {
     std::size_t next = order.size();

@@ -35,8 +35,8 @@ double readerHarrisGallagher(double beta, double Re, const Tappings& tappings, d
                (0.043 + 0.080 * std::exp(-10.0 * tappings.L1) - 0.123 * std::exp(-7.0 * tappings.L1)) *
                    (1.0 - 0.11 * A) * beta4 / (1.0 - beta4) -
                0.031 * (M2 - 0.8 * std::pow(M2, 1.1)) * std::pow(beta, 1.3);
-    // kept: the published term has D in millimetres; with D in metres it is about 0.031 (0.75 - beta) for every small
-    // pipe, and solved orifice flows rest on that value.
+    // kept: the published term has D in millimetres; with D in metres it is about 0.031 (0.75 - beta) for
+    // every small pipe, and solved orifice flows rest on that value.
     if (diameter < kSmallPipe) C += 0.011 * (0.75 - beta) * (2.8 - diameter / 25.4);
     return C;
 }
@@ -50,8 +50,9 @@ double expansibility(double beta, double p1, double p2, double kappa)
 double orificeResistance(double beta, double Re, const Tappings& tappings, double diameter, double epsilon)
 {
     if (Re <= kTiny) return 0.0;
-    // As Re falls the correlation grows beyond all bounds (far outside its published range), and the loss of an orifice
-    // that hardly flows would vanish below the last place of its pressures: no iteration could settle it.
+    // As Re falls the correlation grows beyond all bounds (far outside its published range), and the loss of
+    // an orifice that hardly flows would vanish below the last place of its pressures: no iteration could
+    // settle it.
     const double usedRe = std::fmax(Re, kSmallestRe);
     const double C =
         readerHarrisGallagher(beta, usedRe, tappings, diameter) / std::sqrt(1.0 - std::pow(beta, 4.0));

@@ -10,12 +10,13 @@ struct Tappings {
     double L2;
 };
 
-/// Tapping arrangement selected by the element's length [m]: 0.0508 (2 in) flange tappings (1 in each), 1.5 diameters
-/// D and D/2 tappings, any other length corner tappings. diameter [m].
+/// Tapping arrangement selected by the element's length [m]: 0.0508 (2 in) flange tappings (1 in each), 1.5
+/// diameters D and D/2 tappings, any other length corner tappings. diameter [m].
 Tappings tappingsOf(double length, double diameter);
 
-/// Discharge coefficient [-] of an orifice plate without the approach factor: Reader-Harris and Gallagher (1998),
-/// ISO 5167-2:2003 equation (4). beta [-] bore over pipe diameter, Re [-] > 0 on the pipe diameter, diameter [m].
+/// Discharge coefficient [-] of an orifice plate without the approach factor: Reader-Harris and Gallagher
+/// (1998), ISO 5167-2:2003 equation (4). beta [-] bore over pipe diameter, Re [-] > 0 on the pipe diameter,
+/// diameter [m].
 /// Published for beta 0.1..0.75, Re from 5e3; not checked here.
 double readerHarrisGallagher(double beta, double Re, const Tappings& tappings, double diameter);
 

@@ -19,13 +19,15 @@ namespace lcn
 namespace
 {
 
-// kept: exponent 1.85 and g = 9.806 here, 9.80665 elsewhere; solved flows and reported resistances rest on it.
+// kept: exponent 1.85 and g = 9.806 here, 9.80665 elsewhere; solved flows and reported resistances rest on
+// it.
 constexpr double kHazenWilliamsC = 1.85;
 constexpr double kHazenWilliamsD = 4.87;
 constexpr double kHazenWilliamsFactor = 10.67;
 constexpr double kHazenWilliamsGravity = 9.806;  // [m/s2]
 
-/// [Pa m3/kg]: 1 bar over the density of water at 15.6 degC (998.97 kg/m3), the condition at which Kv is measured.
+/// [Pa m3/kg]: 1 bar over the density of water at 15.6 degC (998.97 kg/m3), the condition at which Kv is
+/// measured.
 constexpr double kValveFactor = 100.10310619938537;
 
 constexpr double kDefaultFlow = 0.1;      // [kg/s] starting flow of a network without any flow condition
@@ -80,7 +82,8 @@ void classifyNodes(const NodeArray& nodes, const lcnNET_var& var, double startPr
     }
 }
 
-/// A control valve or non-return element inside the network starts open; its limit is imposed when it is violated.
+/// A control valve or non-return element inside the network starts open; its limit is imposed when it is
+/// violated.
 void openInnerFlowLimits(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
 {
     for (int e = 1; e <= var.ElemTotal; ++e) {
@@ -89,8 +92,8 @@ void openInnerFlowLimits(const NodeArray& nodes, const ElementArray& elements, c
     }
 }
 
-/// Half the smallest flow condition [kg/s], as a starting flow. A control valve's limit is one whether it starts open or
-/// not; a non-return element's zero is none.
+/// Half the smallest flow condition [kg/s], as a starting flow. A control valve's limit is one whether it
+/// starts open or not; a non-return element's zero is none.
 double startFlow(const ElementArray& elements, const lcnNET_var& var)
 {
     double smallest = kNoFlow;

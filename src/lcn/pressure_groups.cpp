@@ -16,8 +16,8 @@ namespace
 constexpr double kBalanceTolerance = 1e-9;  // [-] of the largest flow
 constexpr int kFixedPressures = 0;          // the set that stands for all fixed pressures: nodes run from 1
 
-/// Whether pressure can pass through an element. A pending limit or target counts as fixed already: the next assembly
-/// imposes it.
+/// Whether pressure can pass through an element. A pending limit or target counts as fixed already: the next
+/// assembly imposes it.
 bool isOpen(const lcnNET_elems& elem)
 {
     return hasLaw(elem.type) && elem.fix == 0 && elem.FlowLimited == 0;

@@ -90,8 +90,8 @@ void PressureSystem::reportStatus(lcnNET_var& var, int reason)
     if (m_reported.insert(reason).second) var.AddMessage(kPressureSolutionFailed, reason);
 }
 
-/// The sum of the free nodes' balances over the sum of their conductances toward nodes that are not free [Pa]; 0.0 when
-/// there is no such conductance.
+/// The sum of the free nodes' balances over the sum of their conductances toward nodes that are not free
+/// [Pa]; 0.0 when there is no such conductance.
 double PressureSystem::lumpedCorrection(const NodeEquations& equations) const
 {
     double balance = 0.0;

@@ -55,7 +55,8 @@ class lcnNET_nodes : public lcnObject
 {
 public:
     lcnNET_nodes() = default;
-    /// A node whose lists are handles on noList until the connection fills them: saves four allocations a node.
+    /// A node whose lists are handles on noList until the connection fills them: saves four allocations a
+    /// node.
     explicit lcnNET_nodes(const lcn::array<int>& noList)
         : Elements(noList), Neighbours(noList), LocalElements(noList), Work(noList)
     {
@@ -77,14 +78,16 @@ public:
     double Height = 0.0;               // [m] above the circuit's lowest node; translation
     double X = 0.0, Y = 0.0, Z = 0.0;  // [m]
 
-    // Element ends at this node, 1 .. no_branches; + when the node is the element's end, - when it is its start.
+    // Element ends at this node, 1 .. no_branches; + when the node is the element's end, - when it is its
+    // start.
     lcn::array<int> Elements;       // the host's element numbers, signed
     lcn::array<int> Neighbours;     // the host's numbers of the nodes at the far ends
     lcn::array<int> LocalElements;  // solver element numbers, signed
     lcn::array<int> Work;           // free for a solver stage; none needs it
 };
 
-/// A characteristic curve: p/rho = a + b q + c q^2 + d q^3, q in m3/s, p/rho in m2/s2. Copies share the points.
+/// A characteristic curve: p/rho = a + b q + c q^2 + d q^3, q in m3/s, p/rho in m2/s2. Copies share the
+/// points.
 class lcnNET_pumps
 {
 public:
@@ -103,7 +106,8 @@ class lcnNET_elems : public lcnObject
 {
 public:
     explicit lcnNET_elems(std::uint64_t word = 0) : lcnObject(word) {}
-    /// An element that shares curve's points: saves two allocations for each element without a curve of its own.
+    /// An element that shares curve's points: saves two allocations for each element without a curve of its
+    /// own.
     lcnNET_elems(std::uint64_t word, const lcnNET_pumps& curve) : lcnObject(word), Curve(curve) {}
 
     int elem_no = 0;                 // the host's number

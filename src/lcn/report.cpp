@@ -99,8 +99,8 @@ double staticPressure(const Report& report, const lcnNET_nodes& node)
     return report.var.Density * kGravity * node.Height;
 }
 
-/// Mean velocity [m/s], signed as the flow. kept: 0.0 for every kind that is not a pipe, a loss curve included, which
-/// has one in the results of a solve; columns of velocities and Reynolds numbers rest on it.
+/// Mean velocity [m/s], signed as the flow. kept: 0.0 for every kind that is not a pipe, a loss curve
+/// included, which has one in the results of a solve; columns of velocities and Reynolds numbers rest on it.
 double velocity(const lcnNET_elems& elem)
 {
     const bool isPipe = isDarcyWeisbach(elem.type) || elem.type == kHazenWilliams;
@@ -501,7 +501,8 @@ void elementalResultsUs(const Report& report)
     for (int e = 1; e <= report.var.ElemTotal; ++e) {
         const lcnNET_elems& elem = report.elements[e];
         const double cubicFeet = elem.volumeFlow() * kCubicFeetPerCubicMetre;
-        // kept: the constant viscosity even where the SI table follows the temperature; this column shows its effect.
+        // kept: the constant viscosity even where the SI table follows the temperature; this column shows its
+        // effect.
         const double Re = reynoldsNumber(elem, report.var.Viscosity);
         report.out.print(kElementResultUs, elem.elem_no, elem.type, elem.StartNode, elem.EndNode,
                          elem.diam / kMetresPerInch, elem.length / kMetresPerInch / kInchesPerFoot,
@@ -638,7 +639,8 @@ constexpr const char* kCoordinateRow      = "|%-5d|   %-10.7le   |   %-10.7le   
 
 void nodeCoordinates(const Report& report)
 {
-    // kept: distances are measured from the corner of largest coordinates, so they do not depend on where the origin is.
+    // kept: distances are measured from the corner of largest coordinates, so they do not depend on where the
+    // origin is.
     const double X = largest(report, &lcnNET_nodes::X);
     const double Y = largest(report, &lcnNET_nodes::Y);
     const double Z = largest(report, &lcnNET_nodes::Z);
@@ -668,7 +670,8 @@ double directionLength(const lcnNET_elems& elem)
     return std::sqrt(scalarProduct(elem, elem));
 }
 
-/// Angle [degrees] between the directions of two elements, each from start to end; 90 beside one without a direction.
+/// Angle [degrees] between the directions of two elements, each from start to end; 90 beside one without a
+/// direction.
 double angleBetween(const lcnNET_elems& a, const lcnNET_elems& b)
 {
     const double lengths = directionLength(a) * directionLength(b);

@@ -12,13 +12,15 @@ namespace
 {
 
 constexpr double kSettled = 1e-9;  // [-] relative change of the sum of temperatures
-// An element's temperature alone, its upstream node known: weighted by a half it settles below six transfer units.
+// An element's temperature alone, its upstream node known: weighted by a half it settles below six transfer
+// units.
 constexpr double kElementWeight = 0.5;
 constexpr double kSettledElement = 1e-10;  // [-] relative change
 constexpr int kMostSteps = 60;
 constexpr double kLargestMach = 0.9;  // [-] of a gas
 
-/// Moves one node by weight toward the mixing temperature of the flows that enter it, each with its element's heat.
+/// Moves one node by weight toward the mixing temperature of the flows that enter it, each with its element's
+/// heat.
 void mixNode(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
              const std::vector<char>& hasFlow, lcnNET_nodes& node, double weight)
 {
@@ -84,9 +86,9 @@ double smallestFlow(const ElementArray& elements, const lcnNET_var& var)
 
 }  // namespace
 
-/// Marks the elements whose flow carries heat. What stands in an unfixed element below the criterion of the mass balance
-/// is residue, and so is all that stands in a dead end, an element that is the only way to or from a free node: heat would
-/// follow it to one neighbour or the other by rounding alone.
+/// Marks the elements whose flow carries heat. What stands in an unfixed element below the criterion of the
+/// mass balance is residue, and so is all that stands in a dead end, an element that is the only way to or
+/// from a free node: heat would follow it to one neighbour or the other by rounding alone.
 void TemperatureSolver::markFlows(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
 {
     const double smallest = smallestFlow(elements, var);

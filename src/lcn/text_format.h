@@ -1,5 +1,5 @@
-// text_format.h: rows of reports and traces from the conversions of C's formatted output, the same in every locale of the
-// host: the decimal point is a point even where the host has asked C or C++ for a comma.
+// text_format.h: rows of reports and traces from the conversions of C's formatted output, the same in every
+// locale of the host: the decimal point is a point even where the host has asked C or C++ for a comma.
 #pragma once
 
 #include <cstddef>
@@ -24,7 +24,8 @@ public:
     /// Whether a conversion with this letter prints this kind of value.
     bool fits(char conversion) const;
 
-    /// Appends the value as the conversion with this letter prints it, without padding. precision < 0: none was given.
+    /// Appends the value as the conversion with this letter prints it, without padding. precision < 0: none
+    /// was given.
     void append(std::string& out, char conversion, int precision) const;
 
 private:
@@ -39,10 +40,11 @@ private:
     };
 };
 
-/// Appends form to out, each conversion replaced by the next value. A conversion is % [-] [width] [.precision] [l or z]
-/// and one of d, u, s, f, e, E, and prints what C's printf prints in the "C" locale. d takes an int, u a std::size_t, s a
-/// text, the others a double, whatever the length modifier; a precision belongs to f, e and E only. A conversion without a
-/// value, or with one of another kind, is copied as it stands.
+/// Appends form to out, each conversion replaced by the next value. A conversion is % [-] [width]
+/// [.precision] [l or z] and one of d, u, s, f, e, E, and prints what C's printf prints in the "C" locale. d
+/// takes an int, u a std::size_t, s a text, the others a double, whatever the length modifier; a precision
+/// belongs to f, e and E only. A conversion without a value, or with one of another kind, is copied as it
+/// stands.
 void appendFormatted(std::string& out, std::string_view form, std::initializer_list<FormatValue> values);
 
 /// The same as a text of its own.
@@ -53,8 +55,8 @@ template <typename... Values> std::string formatted(std::string_view form, const
     return text;
 }
 
-/// A text file that is written from its start to its end. Errors of writing are not reported: a dump for developers is
-/// never a reason to fail.
+/// A text file that is written from its start to its end. Errors of writing are not reported: a dump for
+/// developers is never a reason to fail.
 class TextFile
 {
 public:

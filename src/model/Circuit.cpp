@@ -290,8 +290,8 @@ void Circuit::Update(Patterns::Observer::Subject* /*subject*/, int /*what*/)
     clearResults();
 }
 
-/// The ids of the nodes that a new element would join; none when the circuit refuses the connection. Pointers that
-/// are no nodes of this system are refused before they are followed.
+/// The ids of the nodes that a new element would join; none when the circuit refuses the connection. Pointers
+/// that are no nodes of this system are refused before they are followed.
 std::optional<Circuit::Ends> Circuit::connection(INode* start, INode* end) const
 {
     const Circuit* startCircuit = m_registry.nodes.find(start);
@@ -304,7 +304,8 @@ std::optional<Circuit::Ends> Circuit::connection(INode* start, INode* end) const
     if (ends.start == ends.end) return std::nullopt;
     if (startCircuit != this || endCircuit != this) return std::nullopt;
     if (distanceAlongAxes(startNode.location(), endNode.location()) < kLeastDistance) return std::nullopt;
-    // kept: an element in the opposite direction is no duplicate: two pipes side by side may be drawn either way.
+    // kept: an element in the opposite direction is no duplicate: two pipes side by side may be drawn either
+    // way.
     if (m_checkDuplicateElementAtNodes && m_index.firstElement(ends.start, ends.end) != nullptr)
         return std::nullopt;
     return ends;

@@ -26,16 +26,16 @@ namespace Velcor::Tavell
 {
 
 /// Made by its system object. Owns its nodes, elements, fluid and everything that a solve leaves behind.
-/// Every change that passes through the model drops the results; the circuit observes its nodes, elements and fluid
-/// to that end.
+/// Every change that passes through the model drops the results; the circuit observes its nodes, elements and
+/// fluid to that end.
 class Circuit final : public ICircuit, public Entity, private Patterns::Observer::Observer
 {
 public:
     /// An empty circuit. The registry learns about its nodes and elements and must outlive it.
     explicit Circuit(ObjectRegistry& registry);
 
-    // ICircuit, in table order. IsValid, IsSuitableForAnalysis, Validate, Solve, GetResults, ExportResults and
-    // GetDisconnectedElements are defined in src/analysis.
+    // ICircuit, in table order. IsValid, IsSuitableForAnalysis, Validate, Solve, GetResults, ExportResults
+    // and GetDisconnectedElements are defined in src/analysis.
     IFluid* GetFluid() override;
     const IFluid* GetConstFluid() const override;
     void GetGravity(double* x, double* y, double* z) override;
@@ -92,8 +92,8 @@ public:
     Fluid& fluid() { return m_fluid; }
     const Fluid& fluid() const { return m_fluid; }
 
-    /// The oldest node with this id; null when there is none. Throws as requireReadable when it meets an older node
-    /// whose id is no number.
+    /// The oldest node with this id; null when there is none. Throws as requireReadable when it meets an
+    /// older node whose id is no number.
     Node* findNode(int id) const { return m_index.firstNode(id); }
 
     // What the last solve left. Results are present and up to date, or there are none.
@@ -106,7 +106,8 @@ public:
     /// Grows with every drop of the results: tells a solve that the model changed under it.
     std::uint64_t revision() const { return m_revision; }
 
-    /// The next id of the counter of nodes or elements that is not in `taken`; it will not be given out again.
+    /// The next id of the counter of nodes or elements that is not in `taken`; it will not be given out
+    /// again.
     int takeNodeId(const std::unordered_set<int>& taken);
     int takeElementId(const std::unordered_set<int>& taken);
 

@@ -27,8 +27,8 @@ struct ElementFiling {
     FiledIdentifier start, end;
 };
 
-/// Finds what a walk over the circuit in order of creation would find first, and throws where such a walk would: when
-/// it meets an identifier that is no number before it finds a match.
+/// Finds what a walk over the circuit in order of creation would find first, and throws where such a walk
+/// would: when it meets an identifier that is no number before it finds a match.
 class CircuitIndex
 {
 public:
@@ -42,8 +42,8 @@ public:
 
     /// The oldest node with this id; null when there is none. Throws as requireReadable.
     Node* firstNode(int id) const;
-    /// The oldest element from start to end; null when there is none. Throws as requireReadable; an end id is only
-    /// read where the start id matches.
+    /// The oldest element from start to end; null when there is none. Throws as requireReadable; an end id is
+    /// only read where the start id matches.
     Element* firstElement(int start, int end) const;
 
 private:

@@ -7,7 +7,8 @@
 namespace
 {
 
-/// The one answer to GetBuildDetails in either form: -1 in the first output, the other eighteen stay as they are.
+/// The one answer to GetBuildDetails in either form: -1 in the first output, the other eighteen stay as they
+/// are.
 // kept: hosts read -1 as "no details available" and preset the other outputs.
 void writeNoBuildDetails(int& detail1)
 {

@@ -75,7 +75,8 @@ bool Element::GetCurveData(double* referenceDensity, double* flowRates, double* 
     *count = static_cast<int>(flows.size());
     if (capacity < *count) return false;
 
-    // Everything is read before anything is written, so that a text that is no number leaves the arrays alone.
+    // Everything is read before anything is written, so that a text that is no number leaves the arrays
+    // alone.
     const std::vector<double> rises = curveValues(properties().text(TAVELL_ELEMENT_PRESSURE));
     if (rises.size() < flows.size()) return false;
     const double density = number(TAVELL_ELEMENT_REFERENCE_DENSITY);
@@ -108,8 +109,8 @@ bool Element::SetProperty(int id, double value)
     return true;
 }
 
-// kept: the temperature of an element is that of its circuit's fluid, whatever the element stores: results and wall
-// temperatures start from the one fluid temperature.
+// kept: the temperature of an element is that of its circuit's fluid, whatever the element stores: results
+// and wall temperatures start from the one fluid temperature.
 bool Element::GetProperty(int id, double* value)
 {
     if (id == TAVELL_ELEMENT_TEMPERATURE)

@@ -47,8 +47,8 @@ public:
     int startNodeId() const { return wholeNumber(TAVELL_ELEMENT_START); }
     int endNodeId() const { return wholeNumber(TAVELL_ELEMENT_END); }
 
-    /// Stores the points of a curve as text, 6 significant digits each: volume flows [m3/s], pressures [Pa]. Notifies
-    /// no one.
+    /// Stores the points of a curve as text, 6 significant digits each: volume flows [m3/s], pressures [Pa].
+    /// Notifies no one.
     void storeCurve(const double* flowRates, const double* pressures, int count);
 
     /// Rank in order of creation, given by OrderedObjects.

@@ -24,8 +24,8 @@ public:
     IPropertySet* GetProperties() override;
     IPropertySet* GetWriteableProperties() override;
 
-    /// The stored values. Changes made here notify no one and leave results in place, as those of a host's property
-    /// set do.
+    /// The stored values. Changes made here notify no one and leave results in place, as those of a host's
+    /// property set do.
     Properties& properties() { return m_properties; }
     const Properties& properties() const { return m_properties; }
 

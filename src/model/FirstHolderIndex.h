@@ -10,8 +10,9 @@
 namespace Velcor::Tavell
 {
 
-/// Keys that objects hold, with the oldest holder of each at hand. T tells its age by sequence(): a smaller number is
-/// older. Constant time on average; an object that shares its key costs O(log n). Does not own the objects.
+/// Keys that objects hold, with the oldest holder of each at hand. T tells its age by sequence(): a smaller
+/// number is older. Constant time on average; an object that shares its key costs O(log n). Does not own the
+/// objects.
 template <class Key, class T> class FirstHolderIndex
 {
 public:

@@ -21,8 +21,8 @@ public:
     const char* GetUIName() override;
     void SetUIName(const char* name) override;
 
-    /// Sets a fluid property (4000 to 4007) in single precision and notifies the observers when it changed; true when
-    /// it did, false for other ids. Follows the IFluid operations in the table.
+    /// Sets a fluid property (4000 to 4007) in single precision and notifies the observers when it changed;
+    /// true when it did, false for other ids. Follows the IFluid operations in the table.
     virtual bool SetFluidProperty(int id, float value);
 
     /// Notifies the observers, whether or not the meta string changed.

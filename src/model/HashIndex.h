@@ -27,9 +27,9 @@ inline std::uint64_t keyBits(const std::pair<int, int>& key)
     return keyBits(key.first) << 32 | keyBits(key.second);
 }
 
-/// Open addressing with linear probing: 16 bytes a slot, at most three quarters of them in use. Look-up, insertion and
-/// removal take constant time on average. Does not own the objects and never looks at them. There is no way to walk
-/// the table, so that no result can depend on its order.
+/// Open addressing with linear probing: 16 bytes a slot, at most three quarters of them in use. Look-up,
+/// insertion and removal take constant time on average. Does not own the objects and never looks at them.
+/// There is no way to walk the table, so that no result can depend on its order.
 template <class Key, class T> class HashIndex
 {
 public:
@@ -73,8 +73,8 @@ private:
     };
     static constexpr std::size_t kFewestSlots = 16;  // a power of two, as every size of the table
 
-    /// Position at which a search for key begins. Finaliser of SplitMix64 (Steele, Lea and Flood, 2014): neighbouring
-    /// keys are spread over the whole table.
+    /// Position at which a search for key begins. Finaliser of SplitMix64 (Steele, Lea and Flood, 2014):
+    /// neighbouring keys are spread over the whole table.
     std::size_t homeOf(const Key& key) const
     {
         std::uint64_t bits = keyBits(key);

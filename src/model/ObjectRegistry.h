@@ -11,8 +11,9 @@ class ICircuit;
 class IElement;
 class INode;
 
-/// One for each system object: every living circuit, node and element with the circuit that it is or belongs to. A
-/// pointer that a host hands in is looked up here before it is followed, since it may point to a released object.
+/// One for each system object: every living circuit, node and element with the circuit that it is or belongs
+/// to. A pointer that a host hands in is looked up here before it is followed, since it may point to a
+/// released object.
 struct ObjectRegistry {
     HashIndex<const ICircuit*, Circuit> circuits;
     HashIndex<const INode*, Circuit> nodes;

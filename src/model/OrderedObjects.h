@@ -13,11 +13,12 @@
 namespace Velcor::Tavell
 {
 
-/// Objects in order of creation. T keeps the sequence number that the list gives it: setSequence(), sequence().
+/// Objects in order of creation. T keeps the sequence number that the list gives it: setSequence(),
+/// sequence().
 ///
-/// Appending takes constant time, and so does access by position until something is removed. A removed object leaves
-/// an empty slot; from then on a binary indexed tree (Fenwick, 1994) counts the objects before a slot, and access and
-/// removal take O(log n). Empty slots are squeezed out when they outnumber the objects.
+/// Appending takes constant time, and so does access by position until something is removed. A removed object
+/// leaves an empty slot; from then on a binary indexed tree (Fenwick, 1994) counts the objects before a slot,
+/// and access and removal take O(log n). Empty slots are squeezed out when they outnumber the objects.
 template <class T> class OrderedObjects
 {
     struct Slot {
@@ -166,7 +167,8 @@ private:
         return slot;
     }
 
-    /// Builds the tree if there is none: m_counts[i] is the number of objects in the lowestBit(i) slots before i.
+    /// Builds the tree if there is none: m_counts[i] is the number of objects in the lowestBit(i) slots
+    /// before i.
     void countSlots() const
     {
         if (!m_counts.empty()) return;
@@ -195,7 +197,8 @@ private:
             --m_counts[i];
     }
 
-    /// Drops empty slots at the end; the tree stays, so that removals at the end never make it be built again.
+    /// Drops empty slots at the end; the tree stays, so that removals at the end never make it be built
+    /// again.
     void dropEmptyTail()
     {
         while (!m_slots.empty() && m_slots.back().object == nullptr)

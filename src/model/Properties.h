@@ -16,7 +16,8 @@
 namespace Velcor::Tavell
 {
 
-/// Learns that an identifier (isIdentifier) in a property set may read differently than before, whoever changed it.
+/// Learns that an identifier (isIdentifier) in a property set may read differently than before, whoever
+/// changed it.
 class IdentifierListener
 {
 public:
@@ -26,9 +27,9 @@ protected:
     ~IdentifierListener() = default;
 };
 
-/// Values by id, in ascending order of id. To a host every value is a text; a number has the text of kPropertyDigits
-/// digits. Here a number is kept as it is, 16 bytes a property, and its text is made when a host asks for it. A text
-/// that a host stores is kept beside its number, read once.
+/// Values by id, in ascending order of id. To a host every value is a text; a number has the text of
+/// kPropertyDigits digits. Here a number is kept as it is, 16 bytes a property, and its text is made when a
+/// host asks for it. A text that a host stores is kept beside its number, read once.
 class Properties final : public IPropertySet
 {
 public:
@@ -54,7 +55,8 @@ public:
     /// The text of a property; "" when it is absent.
     std::string text(int id) const;
 
-    /// Store a value; true when its text differs from the stored one or nothing, or an empty text, was stored.
+    /// Store a value; true when its text differs from the stored one or nothing, or an empty text, was
+    /// stored.
     bool setNumber(int id, double value);
     bool setText(int id, std::string_view text);
     /// False when the property is absent.

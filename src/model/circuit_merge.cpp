@@ -33,8 +33,8 @@ std::uint64_t hashCoordinate(double coordinate)
     return hash;
 }
 
-// kept: the key alone decides whether two nodes are at the same place, and it does not know one axis from another: a
-// node at (1, 2, 3) meets one at (3, 2, 1). Which circuits merge rests on it.
+// kept: the key alone decides whether two nodes are at the same place, and it does not know one axis from
+// another: a node at (1, 2, 3) meets one at (3, 2, 1). Which circuits merge rests on it.
 std::uint64_t locationKey(const Node& node)
 {
     const Location at = node.location();
@@ -60,8 +60,8 @@ public:
     }
 
 private:
-    /// Elements without a node at one end, and those that the receiver refuses, stay behind. Pumps and losses made
-    /// from a curve are among them, since they have no diameter and no area.
+    /// Elements without a node at one end, and those that the receiver refuses, stay behind. Pumps and losses
+    /// made from a curve are among them, since they have no diameter and no area.
     void copyElement(Element& element)
     {
         INode* start = standIn(m_absorbed.GetElementNode(&element, 0));
@@ -87,8 +87,10 @@ private:
         copy->SetProperty(TAVELL_ELEMENT_WETTEDPERIMETER, wettedPerimeter);
     }
 
-    /// The node of the receiver that takes the place of an absorbed one: its partner, else a new copy; null for null.
-    // kept: a copy for every end of an element, so that elements which met in a node without a partner no longer meet.
+    /// The node of the receiver that takes the place of an absorbed one: its partner, else a new copy; null
+    /// for null.
+    // kept: a copy for every end of an element, so that elements which met in a node without a partner no
+    // longer meet.
     INode* standIn(INode* node)
     {
         if (node == nullptr) return nullptr;
@@ -107,11 +109,11 @@ private:
     const Partners& m_partners;
 };
 
-/// Joins the circuits of a system. Each circuit in turn absorbs the oldest younger one that it meets, until it meets
-/// none; as it grows, it may meet more.
+/// Joins the circuits of a system. Each circuit in turn absorbs the oldest younger one that it meets, until
+/// it meets none; as it grows, it may meet more.
 ///
-/// Which circuits stand at a place is looked up, not searched for: a circuit absorbs all others at each of its places,
-/// so a place is asked about once, and the work grows with the number of nodes.
+/// Which circuits stand at a place is looked up, not searched for: a circuit absorbs all others at each of
+/// its places, so a place is asked about once, and the work grows with the number of nodes.
 class Merge
 {
 public:
@@ -194,7 +196,8 @@ private:
         absorbed = {nullptr, {}};
     }
 
-    /// Copies the elements of a circuit; when that fails, the receiver is as it was before and the exception goes on.
+    /// Copies the elements of a circuit; when that fails, the receiver is as it was before and the exception
+    /// goes on.
     void copyInto(const Receiver& receiver, const Participant& absorbed)
     {
         Absorption::Partners partners;

@@ -10,8 +10,8 @@
 namespace Velcor::Tavell
 {
 
-// kept: 6 significant digits, where every other property has 20: a curve reads back as these rounded points, and the
-// curves fitted through them rest on that.
+// kept: 6 significant digits, where every other property has 20: a curve reads back as these rounded points,
+// and the curves fitted through them rest on that.
 std::string curveText(const double* values, int count)
 {
     if (count <= 0) return ",";

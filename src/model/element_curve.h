@@ -10,8 +10,8 @@ namespace Velcor::Tavell
 /// Text of count values: each with kCurveDigits significant digits and a comma after it; "," for none.
 std::string curveText(const double* values, int count);
 
-/// The values of such a text; none for "". The last comma may be missing. Throws as requireReadable when what stands
-/// before a comma is no number.
+/// The values of such a text; none for "". The last comma may be missing. Throws as requireReadable when what
+/// stands before a comma is no number.
 std::vector<double> curveValues(const std::string& text);
 
 }  // namespace Velcor::Tavell

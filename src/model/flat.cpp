@@ -1,4 +1,5 @@
-// flat.cpp: the flat functions: argument conversions and one call through the interface table each, nothing else.
+// flat.cpp: the flat functions: argument conversions and one call through the interface table each, nothing
+// else.
 // No handle is checked and nothing is caught, so they fail exactly as the interfaces do.
 #include "tavell/TavellFlat.h"
 
@@ -19,7 +20,8 @@ using namespace Velcor::Tavell;
 namespace
 {
 
-/// Position as the interfaces take it: widened with its sign, so that -1 becomes the largest size and is out of range.
+/// Position as the interfaces take it: widened with its sign, so that -1 becomes the largest size and is out
+/// of range.
 std::size_t toSize(int index)
 {
     return static_cast<std::size_t>(static_cast<std::ptrdiff_t>(index));

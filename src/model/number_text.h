@@ -20,20 +20,21 @@ struct ParsedNumber {
     Readability readability = Readability::kInvalid;
 };
 
-/// Text of value in general notation with that many significant digits, as an output stream with this precision
-/// writes it in the "C" locale.
+/// Text of value in general notation with that many significant digits, as an output stream with this
+/// precision writes it in the "C" locale.
 std::string formatNumber(double value, int digits);
 
-/// The number at the start of text, read as std::strtod reads it in the "C" locale: leading blanks, a sign, decimal
-/// or hexadecimal digits, "inf" and "nan" in any letter case; what follows the number is ignored. A subnormal number
-/// is in range; a number that overflows, or vanishes although its digits are not zero, is out of range.
+/// The number at the start of text, read as std::strtod reads it in the "C" locale: leading blanks, a sign,
+/// decimal or hexadecimal digits, "inf" and "nan" in any letter case; what follows the number is ignored. A
+/// subnormal number is in range; a number that overflows, or vanishes although its digits are not zero, is
+/// out of range.
 ParsedNumber parseNumber(std::string_view text);
 
 /// The same, for callers that need a number. Throws as requireReadable.
 double readNumber(std::string_view text);
 
-/// Returns when readability is kNumber. Throws std::invalid_argument("invalid stod argument") for kInvalid and
-/// std::out_of_range("stod argument out of range") for kOutOfRange.
+/// Returns when readability is kNumber. Throws std::invalid_argument("invalid stod argument") for kInvalid
+/// and std::out_of_range("stod argument out of range") for kOutOfRange.
 void requireReadable(Readability readability);
 
 /// value without its fraction; the nearest int when it is beyond the range of int, 0 when it is no number.

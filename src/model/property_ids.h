@@ -9,14 +9,16 @@ namespace Velcor::Tavell
 /// Name of a property, valid for the life of the process; "" when the id has none.
 const char* propertyName(int id);
 
-/// Id of the property with this name, whatever the case of its letters; TAVELL_NO_PROPERTY for a null pointer, the
-/// empty name or an unknown one.
+/// Id of the property with this name, whatever the case of its letters; TAVELL_NO_PROPERTY for a null
+/// pointer, the empty name or an unknown one.
 int findPropertyId(const char* name);
 
-/// Value that stands for a property which was never given one. The model itself reads a missing property as absent.
+/// Value that stands for a property which was never given one. The model itself reads a missing property as
+/// absent.
 double propertyFallback(int id);
 
-/// Whether look-ups in a circuit depend on the property: the id of a node and the node ids at the ends of an element.
+/// Whether look-ups in a circuit depend on the property: the id of a node and the node ids at the ends of an
+/// element.
 constexpr bool isIdentifier(int id)
 {
     return id == TAVELL_ELEMENT_START || id == TAVELL_ELEMENT_END || id == TAVELL_NODE_ID;

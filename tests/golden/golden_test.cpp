@@ -1,6 +1,6 @@
-// golden_test.cpp: the files of whole solves against the expected ones in the folders beside this file. When a change of
-// the solver is meant to change them, run this program once with TAVELL_UPDATE_GOLDEN=1 in the environment, read the
-// difference and say in the commit why it is right.
+// golden_test.cpp: the files of whole solves against the expected ones in the folders beside this file. When
+// a change of the solver is meant to change them, run this program once with TAVELL_UPDATE_GOLDEN=1 in the
+// environment, read the difference and say in the commit why it is right.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -121,7 +121,8 @@ std::vector<Field> fieldsOf(const std::string& line)
     return fields;
 }
 
-/// Residuals of a solve, such as the flow of a shut element, are rounding errors; neither digits nor sign mean anything.
+/// Residuals of a solve, such as the flow of a shut element, are rounding errors; neither digits nor sign
+/// mean anything.
 constexpr double kNegligible = 1e-9;
 
 bool isSame(const Field& expected, const Field& actual)

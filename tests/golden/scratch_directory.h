@@ -1,4 +1,5 @@
-// scratch_directory.h: a place for the files that a solve leaves behind, and the switch that makes it write them.
+// scratch_directory.h: a place for the files that a solve leaves behind, and the switch that makes it write
+// them.
 #pragma once
 
 #include <cstdlib>

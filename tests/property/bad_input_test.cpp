@@ -1,4 +1,5 @@
-// Input that no real circuit has: it is answered with false and feedback, never with a crash, a hang or part of a result.
+// Input that no real circuit has: it is answered with false and feedback, never with a crash, a hang or part
+// of a result.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -214,7 +215,8 @@ TEST(BadInput, unbalanced_part_without_a_pressure_is_named_and_refused)
 
 TEST(BadInput, balanced_part_without_a_pressure_is_solved_at_its_starting_pressure_and_named)
 {
-    // inlet flow 2 kg/s, outlet flow 2 kg/s, no pressure anywhere: flows are known, pressures up to a constant
+    // inlet flow 2 kg/s, outlet flow 2 kg/s, no pressure anywhere: flows are known, pressures up to a
+    // constant
     Description d;
     d.gravity = {0.0, 0.0, 0.0};
     for (int i = 0; i < 4; ++i) {

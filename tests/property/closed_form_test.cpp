@@ -153,7 +153,8 @@ TEST(ClosedForm, general_loss_with_constant_friction_factor)
 
 TEST(ClosedForm, orifice_meets_its_own_coefficient)
 {
-    // corner tappings, D = 0.2 m, beta = 0.6; C by Reader-Harris and Gallagher at the resulting Reynolds number
+    // corner tappings, D = 0.2 m, beta = 0.6; C by Reader-Harris and Gallagher at the resulting Reynolds
+    // number
     const ElementData plate = with(pipe(0.2), TAVELL_ORIFICE, {{1017, 0.12}});
     Description d = row({pipe(0.2), plate, pipe(0.2)}, 1.0, 2.5e5, 1e5);
     const Built built(d);
@@ -252,7 +253,8 @@ TEST(ClosedForm, small_flows_from_a_single_pressure_are_found)
 
 TEST(ClosedForm, pump_with_a_strongly_curved_characteristic_between_two_fixed_pressures)
 {
-    // rise 1e5 (1 - q/0.01)^3 - 50 q/0.01 Pa against 1e4 Pa; the chords from the zero-rise point lead to and fro
+    // rise 1e5 (1 - q/0.01)^3 - 50 q/0.01 Pa against 1e4 Pa; the chords from the zero-rise point lead to and
+    // fro
     const auto rise = [](double q) { return 1e5 * std::pow(1.0 - q / 0.01, 3) - 50.0 * q / 0.01; };
     Description d = row({pipe(0.1), pipe(0.1)}, 1.0, 1e5, 1e5);
     d.nodes.back().value = 1.1e5;

@@ -18,8 +18,8 @@ double limitOf(const ElementData& element)
     return 0.0;
 }
 
-/// A 4 x 4 grid with four control valves or non-return elements at random places, directions and limits; every second one
-/// has a pressure outlet besides its demands.
+/// A 4 x 4 grid with four control valves or non-return elements at random places, directions and limits;
+/// every second one has a pressure outlet besides its demands.
 Description limitedGrid(std::mt19937& random, bool withOutlet)
 {
     std::uniform_real_distribution<double> unit(0.0, 1.0);
@@ -48,8 +48,8 @@ Description limitedGrid(std::mt19937& random, bool withOutlet)
     return d;
 }
 
-/// Largest total flow [kg/s] that can reach the demands from the fixed pressures within every limit and direction
-/// (Edmonds and Karp 1972).
+/// Largest total flow [kg/s] that can reach the demands from the fixed pressures within every limit and
+/// direction (Edmonds and Karp 1972).
 double largestSupply(const Description& d)
 {
     const std::size_t n = d.nodes.size();
@@ -257,7 +257,8 @@ TEST(FlowLimits, non_return_element_between_two_fixed_pressures_shuts)
 
 TEST(FlowLimits, part_behind_a_shut_non_return_element_keeps_a_pressure_and_is_reported)
 {
-    // a dead end of two nodes behind a non-return element that points back to the network: nothing can flow in
+    // a dead end of two nodes behind a non-return element that points back to the network: nothing can flow
+    // in
     Description d = threeInARow(2e5, 1e5, ElementData{});
     for (int i = 0; i < 3; ++i) {
         NodeData node;

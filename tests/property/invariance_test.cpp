@@ -1,4 +1,5 @@
-// What must not depend on numbering, on the direction in which elements are drawn, or on the units of the problem.
+// What must not depend on numbering, on the direction in which elements are drawn, or on the units of the
+// problem.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,8 +13,8 @@ using namespace support;
 namespace
 {
 
-/// Relative to the average flow. Two solves that differ in their numbering alone stop at the same iteration: over 200
-/// random networks they differed by at most 4e-8.
+/// Relative to the average flow. Two solves that differ in their numbering alone stop at the same iteration:
+/// over 200 random networks they differed by at most 4e-8.
 constexpr double kBetweenSolves = 1e-6;
 
 double averageOf(const std::vector<double>& flows)

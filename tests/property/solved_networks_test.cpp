@@ -16,8 +16,8 @@ constexpr double kCriterion =
 void expectLaws(const Description& description, const Built& built)
 {
     const LawCheck check = checkLaws(description, built);
-    // results carry the state after the last update, the criterion was met by that same state; a little room for the
-    // different order of the sums
+    // results carry the state after the last update, the criterion was met by that same state; a little room
+    // for the different order of the sums
     EXPECT_LT(check.mass, 1.01 * kCriterion);
     EXPECT_LT(check.pressure, 1.01 * kCriterion) << check.worst;
 }

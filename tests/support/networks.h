@@ -1,4 +1,5 @@
-// networks.h: networks for the tests, built through the public interfaces, and the laws that a solved one must obey.
+// networks.h: networks for the tests, built through the public interfaces, and the laws that a solved one
+// must obey.
 #pragma once
 
 #include <array>
@@ -88,7 +89,8 @@ private:
     ICircuit* m_circuit;
 };
 
-/// Largest relative violations of a solved circuit's laws, computed from its results and its description alone.
+/// Largest relative violations of a solved circuit's laws, computed from its results and its description
+/// alone.
 struct LawCheck {
     double mass = 0.0;  // net inflow of a free node over the average flow
     double pressure =
@@ -97,7 +99,8 @@ struct LawCheck {
 };
 LawCheck checkLaws(const Description& description, const Built& built);
 
-/// Head loss [Pa] from start to end at mass flow m [kg/s] by the element's law, written independently of the solver.
+/// Head loss [Pa] from start to end at mass flow m [kg/s] by the element's law, written independently of the
+/// solver.
 /// A loss curve counts as the straight line from the origin through its last point.
 /// For a pump minus the pressure rise of a cubic through its points (exact for points on a cubic).
 double lossOf(const Description& description, const ElementData& element, double m);
@@ -105,7 +108,8 @@ double lossOf(const Description& description, const ElementData& element, double
 /// Distance between an element's ends [m], at least 1e-6.
 double lengthOf(const Description& description, const ElementData& element);
 
-/// Random network: a spanning tree of count nodes in a cube plus extra pipes, inlet pressures on stubs, demands on stubs.
+/// Random network: a spanning tree of count nodes in a cube plus extra pipes, inlet pressures on stubs,
+/// demands on stubs.
 /// types: element types to draw the tree's and the extra elements from.
 Description randomNetwork(std::mt19937& random, int count, int extra, const std::vector<int>& types);
 
