@@ -32,10 +32,16 @@ struct Flow {
     Vector direction;  // along the flow; zero for an element of coincident ends
 };
 
-/// The flows that meet at a node. Sized for any node: kept between nodes so that its room is found once.
+/// What meets at a node: numbers of flows, one of each side, and the supply that all inflows make.
 struct Junction {
-    std::vector<Flow> in;
-    std::vector<Flow> out;
+    int in = 0;
+    int out = 0;
+    Flow inflow{};                // the last one
+    Flow outflow{};               // the last one
+    double supplyFlow = 0.0;      // [kg/s] of the inflows with an area
+    double supplyVelocity = 0.0;  // [m/s], flow-weighted
+    Vector supplyDirection;     // flow-weighted: opposed inflows cancel, and leave every outflow across them
+    bool hasDirection = false;  // of at least one inflow
 };
 
 bool hasArea(const lcnNET_elems& elem)
@@ -66,10 +72,10 @@ double deflection(const Vector& from, const Vector& to)
     return isKnown(from) && isKnown(to) ? std::clamp(dot(from, to), -1.0, 1.0) : 1.0;
 }
 
-void collectFlows(const ElementArray& elements, const lcnNET_nodes& node, Junction& junction)
+/// Calls visit(flow, isInflow) for every flow at a node.
+template <typename Visit>
+void forEachFlow(const ElementArray& elements, const lcnNET_nodes& node, Visit visit)
 {
-    junction.in.clear();
-    junction.out.clear();
     for (int b = 1; b <= node.no_branches; ++b) {
         const int entry = node.LocalElements[b];
         lcnNET_elems& elem = elements[std::abs(entry)];
@@ -77,9 +83,37 @@ void collectFlows(const ElementArray& elements, const lcnNET_nodes& node, Juncti
         const double inflow = entry > 0 ? elem.Massflow : -elem.Massflow;
         if (!(std::fabs(inflow) > kNoFlow)) continue;
         const double sign = elem.Massflow > 0.0 ? 1.0 : -1.0;
-        const Flow flow{&elem, std::fabs(inflow), {sign * elem.Vx, sign * elem.Vy, sign * elem.Vz}};
-        (inflow > 0.0 ? junction.in : junction.out).push_back(flow);
+        visit(Flow{&elem, std::fabs(inflow), {sign * elem.Vx, sign * elem.Vy, sign * elem.Vz}}, inflow > 0.0);
     }
+}
+
+void addToSupply(const Flow& flow, Junction& junction)
+{
+    if (!hasArea(*flow.elem)) return;
+    const double m = flow.massFlow;
+    junction.supplyFlow += m;
+    junction.supplyVelocity += m * speed(flow);
+    junction.supplyDirection.x += m * flow.direction.x;
+    junction.supplyDirection.y += m * flow.direction.y;
+    junction.supplyDirection.z += m * flow.direction.z;
+    junction.hasDirection = junction.hasDirection || isKnown(flow.direction);
+}
+
+Junction junctionAt(const ElementArray& elements, const lcnNET_nodes& node)
+{
+    Junction junction;
+    forEachFlow(elements, node, [&](const Flow& flow, bool isInflow) {
+        ++(isInflow ? junction.in : junction.out);
+        (isInflow ? junction.inflow : junction.outflow) = flow;
+        if (isInflow) addToSupply(flow, junction);
+    });
+    if (junction.supplyFlow > 0.0) {
+        const double m = junction.supplyFlow;
+        junction.supplyVelocity /= m;
+        const Vector& sum = junction.supplyDirection;
+        junction.supplyDirection = {sum.x / m, sum.y / m, sum.z / m};
+    }
+    return junction;
 }
 
 /// Area change on the element that the published coefficient refers to, bend on the narrower of the two.
@@ -93,30 +127,16 @@ void addInLineLosses(const Flow& in, const Flow& out)
     (A1 < A2 ? in : out).elem->k += bendLoss(deflection(in.direction, out.direction));
 }
 
-void addBranchLosses(const Junction& junction)
+void addBranchLosses(const ElementArray& elements, const lcnNET_nodes& node, const Junction& junction)
 {
-    double total = 0.0;     // [kg/s]
-    double velocity = 0.0;  // [m/s], flow-weighted
-    Vector direction;       // flow-weighted: opposed inflows cancel, and leave every outflow across them
-    bool hasDirection = false;
-    for (const Flow& flow : junction.in) {
-        if (!hasArea(*flow.elem)) continue;
-        total += flow.massFlow;
-        velocity += flow.massFlow * speed(flow);
-        hasDirection = hasDirection || isKnown(flow.direction);
-        direction.x += flow.massFlow * flow.direction.x;
-        direction.y += flow.massFlow * flow.direction.y;
-        direction.z += flow.massFlow * flow.direction.z;
-    }
-    if (!(total > 0.0)) return;
-    velocity /= total;
-    direction = {direction.x / total, direction.y / total, direction.z / total};
-    for (const Flow& flow : junction.out) {
-        if (!receivesLoss(*flow.elem)) continue;
-        const bool known = hasDirection && isKnown(flow.direction);
-        const double cosine = known ? std::clamp(dot(direction, flow.direction), -1.0, 1.0) : 1.0;
-        flow.elem->k += branchLossOnOwnVelocity(speed(flow) / velocity, cosine);
-    }
+    if (!(junction.supplyFlow > 0.0)) return;
+    forEachFlow(elements, node, [&](const Flow& flow, bool isInflow) {
+        if (isInflow || !receivesLoss(*flow.elem)) return;
+        const bool known = junction.hasDirection && isKnown(flow.direction);
+        const double cosine =
+            known ? std::clamp(dot(junction.supplyDirection, flow.direction), -1.0, 1.0) : 1.0;
+        flow.elem->k += branchLossOnOwnVelocity(speed(flow) / junction.supplyVelocity, cosine);
+    });
 }
 
 }  // namespace
@@ -152,18 +172,15 @@ double branchLossOnOwnVelocity(double r, double cosine)
 
 void addJunctionLosses(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
 {
-    Junction junction;
     for (int i = 1; i <= var.NodeTotal; ++i) {
         const lcnNET_nodes& node = nodes[i];
         if ((node.flag != kFreeNode && node.held == 0) || node.no_branches < 2) continue;
-        collectFlows(elements, node, junction);
-        const std::size_t in = junction.in.size();
-        const std::size_t out = junction.out.size();
-        if (in == 0 || out == 0) continue;
-        if (in == 1 && out == 1)
-            addInLineLosses(junction.in.front(), junction.out.front());
-        else if (!(in + out == 3 && var.Minor == kNoThreeWayLosses))
-            addBranchLosses(junction);
+        const Junction junction = junctionAt(elements, node);
+        if (junction.in == 0 || junction.out == 0) continue;
+        if (junction.in == 1 && junction.out == 1)
+            addInLineLosses(junction.inflow, junction.outflow);
+        else if (!(junction.in + junction.out == 3 && var.Minor == kNoThreeWayLosses))
+            addBranchLosses(elements, node, junction);
     }
 }
 
