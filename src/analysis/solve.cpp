@@ -1,5 +1,6 @@
 // solve.cpp: one solve of one circuit, stage by stage.
-#include <cstdlib>
+#include <cstdint>
+#include <map>
 
 #include "feedback_mapping.h"
 #include "lcn/constants.h"

@@ -29,10 +29,9 @@ constexpr const char* kReportName = "network_results.dat";
 constexpr double kStagnation = 1e-10;        // [-] change of the mass error that counts as none
 constexpr double kStagnantRelaxation = 0.1;  // relaxpp of a stagnating solve
 constexpr double kSmallestRe = 1.0;          // [-] slower elements take no part in the pressure measure
-constexpr double kCoupledFrom =
-    100.0;  // [-] of Concrit: errors below which temperatures follow the viscosity law
-constexpr double kShortTimeStep = 1.0;     // [s] below it curves may have changed between two steps
-constexpr int kMostUnsettledSolves = 100;  // temperature solves that ran out of sweeps on settled flows
+constexpr double kCoupledFrom = 100.0;       // [-] of Concrit: flows settled enough for the viscosity law
+constexpr double kShortTimeStep = 1.0;       // [s] below it curves may have changed between two steps
+constexpr int kMostUnsettledSolves = 100;    // temperature solves that ran out of sweeps on settled flows
 
 /// What the driver knows of the present iterate.
 struct Measures {
