@@ -194,9 +194,12 @@ TEST(Temperatures, energy_is_conserved_over_random_networks)
     }
 }
 
-TEST(Temperatures, heated_loop_gives_its_heat_to_the_cooled_wall)
+namespace
 {
-    // a pumped loop at a fixed pressure: 500 W in, a long pipe with a wall at 293.15 K takes them out
+
+/// A pumped loop at a fixed pressure: 500 W go in, a pipe of the given energy input takes them out or does not.
+Description heatedLoop(const ElementData& secondPipe)
+{
     Description d;
     d.gravity = {0.0, 0.0, 0.0};
     const std::array<double, 3> corners[] = {{0, 0, 0}, {5, 0, 0}, {5, 5, 0}, {0, 5, 0}, {-1, 0, 0}};
@@ -221,7 +224,7 @@ TEST(Temperatures, heated_loop_gives_its_heat_to_the_cooled_wall)
     heater.start = 1;
     heater.end = 2;
     d.elements.push_back(heater);
-    ElementData cooler = heatedPipe(0.02, TAVELL_ENERGY_WALL_TEMPERATURE, 293.15);
+    ElementData cooler = secondPipe;
     cooler.start = 2;
     cooler.end = 3;
     d.elements.push_back(cooler);
@@ -233,7 +236,14 @@ TEST(Temperatures, heated_loop_gives_its_heat_to_the_cooled_wall)
     filling.start = 4;
     filling.end = 0;
     d.elements.push_back(filling);
+    return d;
+}
 
+}  // namespace
+
+TEST(Temperatures, heated_loop_gives_its_heat_to_the_cooled_wall)
+{
+    const Description d = heatedLoop(heatedPipe(0.02, TAVELL_ENERGY_WALL_TEMPERATURE, 293.15));
     const Built built(d);
     setInletTemperature(built, 4, 293.15);
     ASSERT_TRUE(built.solveWithTemperatures()) << built.feedback();
@@ -242,6 +252,20 @@ TEST(Temperatures, heated_loop_gives_its_heat_to_the_cooled_wall)
     EXPECT_NEAR(kCp * m[1] * (T[2] - T[1]), 500.0, 0.05);
     EXPECT_NEAR(kCp * m[2] * (T[2] - T[3]), 500.0, 0.05);
     EXPECT_GT(T[3], 293.15);
+}
+
+TEST(Temperatures, loop_that_is_only_heated_is_given_up_and_said_to_be_unsettled)
+{
+    // nothing takes the heat away: every sweep is warmer than the one before it
+    static int iterations;
+    iterations = 0;
+    const Built built(heatedLoop(heatedPipe(0.02, TAVELL_ENERGY_FLUX, 0.0)));
+    EXPECT_FALSE(built.circuit().Solve(true, [] {
+        ++iterations;
+        return false;
+    }));
+    EXPECT_EQ(built.feedbackIds().front(), TAVELL_FEEDBACK_TEMPERATURE_ERROR) << built.feedback();
+    EXPECT_LT(iterations, 200);  // 100 unsettled temperature solves on settled flows, and the flows before
 }
 
 TEST(Temperatures, viscosity_that_follows_temperature_sets_the_flow)
