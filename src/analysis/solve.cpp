@@ -61,8 +61,10 @@ bool Circuit::Solve(bool energy, bool (*cancel)())
             results = mapResults(network.nodes, network.elements, network.var);
         mapFeedback(network.var.Messages, m_feedback);
         m_results = std::move(results);
+        network.var.clearWorkArrays();
     } catch (const lcn::FatalException&) {
         mapFeedback(network.var.Messages, m_feedback);
+        network.var.clearWorkArrays();
         return false;
     }
     m_hasResults = !m_results.empty();
