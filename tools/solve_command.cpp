@@ -1,107 +1,86 @@
-#include "solve_command.h"
-
-#include <cmath>
-#include <cstdio>
-#include <memory>
-
-#include <tavell/CreateTavell.h>
-#include <tavell/ICircuit.h>
-#include <tavell/ITavell.h>
-
-#include "csv_file.h"
-#include "feedback_text.h"
-#include "network_builder.h"
-#include "network_file.h"
-#include "number_text.h"
-#include "problems.h"
-#include "tables.h"
+// tavell solve: from a network to its results.
+#include "command_line.h"
+#include "terminal.h"
 
 namespace
 {
 
-using Velcor::Tavell::CreateTavell;
-using Velcor::Tavell::ICircuit;
-using Velcor::Tavell::ITavell;
-
-constexpr double kLengthTolerance = 1e-6;  // [-], of the length of gravity
-constexpr int kLengthDigits = 8;           // significant digits that tell such a length from 1
-
-struct SystemReleaser {
-    void operator()(ITavell* system) const { system->Release(); }
+struct SolveArguments {
+    NetworkSource source;
+    std::string format = "text";
+    std::string units;
+    bool solvesTemperatures = false;
+    std::optional<std::string> output;
+    std::optional<std::string> resultPath;
+    std::optional<std::string> csvPath;
 };
 
-void printErrors(const std::vector<std::string>& lines)
+bool areOutputsUsable(const SolveArguments& arguments)
 {
-    for (const std::string& line : lines)
-        std::fprintf(stderr, "%s\n", line.c_str());
+    bool areUsable = true;
+    for (const auto& path : {arguments.output, arguments.resultPath, arguments.csvPath})
+        areUsable = (!path || isUsableOutput(*path, arguments.source)) && areUsable;
+    return areUsable;
 }
 
-/// Says what a gravity that is no direction does; it may be meant, for other accelerations than that of the
-/// earth.
-void remarkOnGravity(const std::string& path, const Network& network)
+/// Says what to do where there are no tables; the findings have said why.
+int endWithoutResults(const SolveArguments& arguments, tavell::Status status)
 {
-    const auto& g = network.gravity;
-    const double length = std::hypot(g[0], g[1], g[2]);
-    if (length <= kLengthTolerance || std::fabs(length - 1.0) <= kLengthTolerance) return;
-    Problems remark(path);
-    remark.add("/gravity", "gravity is a direction: its length " + shortNumber(length, kLengthDigits) +
-                               " multiplies 9.80665 m/s2");
-    printErrors(remark.lines());
+    const std::string& path = arguments.source.path;
+    if (status == tavell::Status::cancelled) say(path + ": stopped; there are no results");
+    if (status == tavell::Status::notConverged)
+        say(path + ": there are no results; \"tavell doctor " + path + "\" looks for the reason");
+    return exitStatusOf(status);
 }
 
-/// The feedback of the last solve, one line each.
-void printFeedback(const std::string& path, ICircuit& circuit)
+int writeOutputs(const SolveArguments& arguments, const tavell::Result& result)
 {
-    Problems feedback(path);
-    for (const std::string& text : feedbackTexts(circuit))
-        feedback.addToFile(text);
-    printErrors(feedback.lines());
+    const auto tables = result.tables(arguments.format, arguments.units);
+    say(tables.findings());
+    if (!tables) return exitStatusOf(tables.status());
+    int status = deliver(*tables, arguments.output);
+    if (status == kConverged && arguments.resultPath)
+        status = saidStatus(result.write(*arguments.resultPath));
+    if (status == kConverged && arguments.csvPath) {
+        const auto csv = result.exchangeCsv();
+        say(csv.findings());
+        status = csv ? deliver(*csv, arguments.csvPath) : exitStatusOf(csv.status());
+    }
+    return status;
 }
 
-bool printResults(const Network& network, ICircuit& circuit)
+int run(const SolveArguments& arguments)
 {
-    const std::string text = resultTables(network, circuit);
-    const bool isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-    return std::fflush(stdout) == 0 && isWritten;
-}
-
-bool solve(const std::string& path, ICircuit& circuit)
-{
-    const bool hasConverged = circuit.Solve(false);
-    printFeedback(path, circuit);
-    if (hasConverged && hasUsableResults(circuit)) return true;
-    Problems verdict(path);
-    verdict.addToFile(hasConverged ? "the solve ended with values that are no numbers; check the sizes"
-                                   : "the solve did not converge; there are no results");
-    printErrors(verdict.lines());
-    return false;
+    const bool areUsable = areOutputsUsable(arguments);
+    const auto network = readNetwork(arguments.source);
+    if (!network || !areUsable) return kBadInput;
+    const auto result = solve(*network, arguments.solvesTemperatures ? R"({"temperatures": true})" : "");
+    if (!result) return endWithoutResults(arguments, result.status());
+    if (isInterrupted()) return endWithoutResults(arguments, tavell::Status::cancelled);
+    return writeOutputs(arguments, *result);
 }
 
 }  // namespace
 
-int solveCommand(const std::string& path, const std::optional<std::string>& csvPath)
+Command addSolveCommand(CLI::App& program)
 {
-    Problems problems(path);
-    Problems csvProblems(csvPath.value_or(""));
-    if (csvPath) checkCsvPath(*csvPath, path, csvProblems);
-    const auto network = readNetworkFile(path, problems);
-    printErrors(csvProblems.lines());
-    printErrors(problems.lines());
-    if (!network || !csvProblems.isEmpty()) return kBadInput;
-
-    remarkOnGravity(path, *network);
-    const std::unique_ptr<ITavell, SystemReleaser> system(CreateTavell(false));
-    ICircuit& circuit = *system->CreateCircuit();
-    if (!buildCircuit(*network, circuit, problems) || !isReadyToSolve(*network, circuit, problems)) {
-        printErrors(problems.lines());
-        return kBadInput;
-    }
-    if (!solve(path, circuit)) return kNotConverged;
-    if (!printResults(*network, circuit)) {
-        std::fprintf(stderr, "tavell: the results could not be printed\n");
-        return kInternalError;
-    }
-    if (csvPath) writeCsvFile(*csvPath, circuit, csvProblems);
-    printErrors(csvProblems.lines());
-    return csvProblems.isEmpty() ? kConverged : kBadInput;
+    const auto arguments = std::make_shared<SolveArguments>();
+    CLI::App* command = program.add_subcommand("solve", "Solve a network and print its results");
+    arguments->source.addOptions(*command);
+    addChoice(*command, "--format", arguments->format, {"text", "csv", "json"}, "form of the tables");
+    addUnits(*command, arguments->units);
+    command->add_flag("--temperatures", arguments->solvesTemperatures, "solve temperatures too");
+    addOutput(*command, "-o,--output", arguments->output,
+              "write the tables to this file instead of printing them");
+    addOutput(*command, "--result", arguments->resultPath,
+              "also write the result file, which holds network, numbers and certificate");
+    addOutput(*command, "--csv", arguments->csvPath,
+              "also write the short exchange form: comma-separated, numbered from 1, SI units");
+    setExamples(
+        *command,
+        {"tavell solve examples/networks/three_reservoirs.json --units metric",
+         "tavell solve examples/networks/two_loops.json --units pressure=bar --format csv -o loops.csv",
+         "tavell solve examples/networks/heating_riser.json --result riser.result.json"},
+        kStatusOfSolve);
+    return {command, [arguments] { return run(*arguments); }};
 }

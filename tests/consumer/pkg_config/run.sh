@@ -16,9 +16,19 @@ static="$(pkg-config --cflags --libs tavell-static)"
 "$cc" -std=c99 "$sources/host.c" -o "$work/c_shared" $shared
 "$cc" -std=c99 "$sources/host.c" -o "$work/c_static" $static
 
-for host in cpp_shared c_shared; do
+shared_hosts="cpp_shared c_shared"
+static_hosts="cpp_static c_static"
+
+if [ -e "$PKG_CONFIG_PATH/tavellkit.pc" ]; then
+    "$cxx" -std=c++17 "$sources/host_kit.cpp" -o "$work/kit_shared" $(pkg-config --cflags --libs tavellkit)
+    "$cxx" -std=c++17 "$sources/host_kit.cpp" -o "$work/kit_static" $(pkg-config --cflags --libs tavellkit-static)
+    shared_hosts="$shared_hosts kit_shared"
+    static_hosts="$static_hosts kit_static"
+fi
+
+for host in $shared_hosts; do
     LD_LIBRARY_PATH="$libdir" "$work/$host"
 done
-for host in cpp_static c_static; do
+for host in $static_hosts; do
     "$work/$host"
 done

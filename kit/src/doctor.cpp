@@ -1,0 +1,128 @@
+#include "doctor.h"
+
+#include "doctor_checks.h"
+#include "doctor_support.h"
+
+namespace kit
+{
+
+namespace
+{
+
+using namespace doctor;
+
+/// "3 errors and 1 warning"; "" for none.
+std::string complaintText(const Findings& before)
+{
+    const std::size_t errors = before.countOf(Severity::error);
+    const std::size_t warnings = before.countOf(Severity::warning);
+    std::string text;
+    if (errors > 0) text = shownCount(errors, "error");
+    if (warnings > 0) text += (errors > 0 ? " and " : "") + shownCount(warnings, "warning");
+    return text;
+}
+
+/// The first finding for which isWanted holds; null when there is none.
+template <class Predicate> const Finding* firstOf(const Findings& findings, Predicate isWanted)
+{
+    for (const Finding& finding : findings.list()) {
+        if (isWanted(finding)) return &finding;
+    }
+    return nullptr;
+}
+
+/// Whether an error of a solve names a cause: those that say only that it failed do not.
+bool namesCause(const Finding& finding)
+{
+    switch (finding.code) {
+    case Code::not_converged:
+    case Code::iteration_limit:
+    case Code::mass_not_balanced:
+    case Code::laws_not_met:
+        return false;
+    default:
+        return finding.severity == Severity::error;
+    }
+}
+
+/// The finding to mend first, in view of the network and of what the solve had to say; null when nothing
+/// stands out.
+const Finding* firstToMend(const Findings& before, const Findings& ofSolve)
+{
+    const auto isError = [](const Finding& finding) { return finding.severity == Severity::error; };
+    const auto isWarning = [](const Finding& finding) { return finding.severity == Severity::warning; };
+    if (const Finding* error = firstOf(before, isError)) return error;
+    if (const Finding* cause = firstOf(ofSolve, namesCause)) return cause;
+    return firstOf(before, isWarning);
+}
+
+std::string advice(const Finding* first, bool isSpread)
+{
+    if (first != nullptr)
+        return "mend first: " + (first->place.object.empty() ? std::string() : first->place.object + ": ") +
+               first->message;
+    if (isSpread)
+        return "look for a mistaken diameter or length; leave out pipes that are so short or wide that they "
+               "lose "
+               "nothing";
+    return "look for the smallest part that fails on its own";
+}
+
+/// What a failed solve calls for, with the ratio of the conductances.
+void addFailure(const Network& network, const Solution& solution, Findings& findings)
+{
+    constexpr double kWideSpread = 1e6;  // [-], of conductances, that makes a solve slow
+    const Findings before = examine(network);
+    const Finding* first = firstToMend(before, solution.findings);
+    const auto range = conductanceRange(network);
+    const std::string complaints = complaintText(before);
+    std::string message = "the network did not solve";
+    if (!complaints.empty())
+        message += "; there are " + complaints + " about it";
+    else if (first == nullptr)
+        message += "; nothing is wrong with it at first sight";
+    findings
+        .add(Code::solve_failed, {network.file, 0, 0, "", ""}, std::move(message),
+             advice(first, range && range->ratio() > kWideSpread))
+        .numbers = {{"iterations", static_cast<double>(solution.iterations), ""},
+                    {"errors", static_cast<double>(before.countOf(Severity::error)), ""},
+                    {"warnings", static_cast<double>(before.countOf(Severity::warning)), ""}};
+    if (range) addConductanceSpread(network, *range, findings);
+}
+
+}  // namespace
+
+Findings examine(const Network& network)
+{
+    Findings findings;
+    checkParts(network, findings);
+    doctor::checkBoundaries(network, findings);
+    checkSizes(network, findings);
+    checkCurves(network, findings);
+    return findings;
+}
+
+Findings diagnose(const Network& network, const Solution& solution)
+{
+    Findings findings;
+    if (solution.outcome == Outcome::cancelled) return findings;
+    if (solution.outcome == Outcome::notConverged) addFailure(network, solution, findings);
+    checkResults(network, solution, findings);
+    return findings;
+}
+
+Finding findingOf(const Network& network, const FailingPart& part)
+{
+    Findings findings;
+    Finding finding = addAtElements(
+        network, part.elements, Code::smallest_failing_part,
+        shownCount(part.elements.size(), "element") + (part.elements.size() == 1 ? " fails" : " fail") +
+            (part.elements.size() == 1 ? " on its own: " : " on their own: ") + part.why,
+        findings);
+    finding.numbers = {{"elements", static_cast<double>(part.elements.size()), ""},
+                       {"all_elements", static_cast<double>(network.elements.size()), ""},
+                       {"solves", static_cast<double>(part.solves), ""}};
+    return finding;
+}
+
+}  // namespace kit

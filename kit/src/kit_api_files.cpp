@@ -1,0 +1,216 @@
+// Reports, pictures, exports, fluids and files of the C interface.
+#include "kit_api.h"
+
+#include <cmath>
+
+#include "doctor.h"
+#include "file_text.h"
+#include "fluids.h"
+#include "geojson.h"
+#include "graphml.h"
+#include "kit_api_options.h"
+#include "kit_api_units.h"
+#include "png_picture.h"
+#include "report_page.h"
+#include "svg_picture.h"
+#include "vtu.h"
+
+using kit::guarded;
+using kit::required;
+
+namespace kit
+{
+
+namespace
+{
+
+constexpr double kSmallestWidth = 200.0;   // [px]
+constexpr double kLargestWidth = 20000.0;  // [px]
+constexpr double kSmallestScale = 0.1;     // [-]
+constexpr double kLargestScale = 10.0;     // [-]
+constexpr double kUsualScale = 2.0;        // [-], sharp on screens and in print
+
+const std::vector<std::string> kViews{"plan", "elevation", "isometric"};
+
+std::optional<View> viewOf(Options& options)
+{
+    if (const auto view = options.choice("view", kViews)) return findView(kViews[*view]);
+    return std::nullopt;
+}
+
+std::optional<PictureQuantity> quantityOf(Options& options)
+{
+    std::vector<std::string> names{"none"};
+    for (const PictureColumn& column : pictureColumns())
+        names.emplace_back(column.name);
+    if (const auto quantity = options.choice("quantity", names)) return findPictureQuantity(names[*quantity]);
+    return std::nullopt;
+}
+
+UnitSet requestedUnits(Options& options, const Network& network)
+{
+    const auto units = options.text("units");
+    return displayUnits(units ? units->c_str() : nullptr, &network);
+}
+
+/// The ending of a path in lower case, with its point; "" when there is none.
+std::string endingOf(std::string_view path)
+{
+    const std::size_t point = path.rfind('.');
+    if (point == std::string_view::npos) return {};
+    std::string ending(path.substr(point));
+    for (char& c : ending) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    }
+    return ending;
+}
+
+[[noreturn]] void refuseEnding(const char* path, const std::string& endings)
+{
+    Place place;
+    place.file = path;
+    throw Refusal{place, "the ending of the name says no format", "end it with " + endings};
+}
+
+/// The solution to be drawn or exported with a network; null when there is none. Refuses that of another
+/// network.
+const Solution* solutionFor(const Network& network, const tvkResult* result)
+{
+    if (result == nullptr) return nullptr;
+    if (result->network->nodes.size() != network.nodes.size() ||
+        result->network->elements.size() != network.elements.size())
+        refuse("the result belongs to another network", "pass the network that was solved");
+    return result->solution.get();
+}
+
+}  // namespace
+
+}  // namespace kit
+
+tvkStatus tvkWriteReport(const tvkResult* result, const char* path, const char* options,
+                         tvkFindings* findings)
+{
+    return guarded(findings, [&](kit::Findings& list) {
+        const tvkResult& source = required(result, "result");
+        kit::Options given(options);
+        kit::ReportOptions report;
+        report.units = kit::requestedUnits(given, *source.network);
+        report.scenario = source.scenario;
+        given.close();
+        if (!kit::hasReportPage()) {
+            list.add(kit::Code::report_not_built, {}, "this build of the kit has no report page");
+            return TVK_BAD_INPUT;
+        }
+        kit::Findings doctor = source.solution->findings;
+        doctor.append(kit::examine(*source.network));
+        doctor.append(kit::diagnose(*source.network, *source.solution));
+        const std::string page =
+            kit::reportPage(*source.network, *source.solution, source.certificate(), doctor, report);
+        return kit::writeFile(&required(path, "path"), page, list) ? TVK_OK : TVK_BAD_INPUT;
+    });
+}
+
+tvkStatus tvkWritePicture(const tvkNetwork* network, const tvkResult* result, const char* path,
+                          const char* options, tvkFindings* findings)
+{
+    return guarded(findings, [&](kit::Findings& list) {
+        const kit::Network& drawn = required(network, "network").get();
+        const std::string ending = kit::endingOf(&required(path, "path"));
+        if (ending != ".svg" && ending != ".png") kit::refuseEnding(path, ".svg or .png");
+        kit::Options given(options);
+        kit::PictureOptions picture;
+        picture.units = kit::requestedUnits(given, drawn);
+        picture.view = kit::viewOf(given);
+        picture.quantity = kit::quantityOf(given);
+        picture.width =
+            given.number("width", kit::kSmallestWidth, kit::kLargestWidth).value_or(picture.width);
+        const double scale =
+            given.number("scale", kit::kSmallestScale, kit::kLargestScale).value_or(kit::kUsualScale);
+        given.close();
+        std::string text = kit::svgPicture(drawn, kit::solutionFor(drawn, result), picture);
+        if (ending == ".png") {
+            std::string png;
+            if (!kit::writePng(text, scale, png, list)) return TVK_BAD_INPUT;
+            text = std::move(png);
+        }
+        return kit::writeFile(path, text, list) ? TVK_OK : TVK_BAD_INPUT;
+    });
+}
+
+tvkStatus tvkWriteExport(const tvkNetwork* network, const tvkResult* result, const char* path,
+                         tvkFindings* findings)
+{
+    return guarded(findings, [&](kit::Findings& list) {
+        const kit::Network& exported = required(network, "network").get();
+        const kit::Solution* solution = kit::solutionFor(exported, result);
+        const std::string ending = kit::endingOf(&required(path, "path"));
+        std::string text;
+        if (ending == ".vtu")
+            text = kit::vtuText(exported, solution);
+        else if (ending == ".geojson")
+            text = kit::geojsonText(exported, solution);
+        else if (ending == ".graphml")
+            text = kit::graphmlText(exported, solution);
+        else
+            kit::refuseEnding(path, ".vtu, .geojson or .graphml");
+        return kit::writeFile(path, text, list) ? TVK_OK : TVK_BAD_INPUT;
+    });
+}
+
+tvkStatus tvkFluids(const char* format, const char* units, char** text, tvkFindings* findings)
+{
+    if (text != nullptr) *text = nullptr;
+    return guarded(findings, [&](kit::Findings&) {
+        const bool isJson = kit::choiceOf(format, {"text", "json"}, "format") == 1;
+        const kit::UnitSet unitSet = kit::displayUnits(units, nullptr);
+        return kit::giveText(text, isJson ? kit::fluidTableJson() : kit::fluidTable(unitSet));
+    });
+}
+
+tvkStatus tvkFluid(const char* name, double temperature, double concentration, double values[4],
+                   tvkFindings* findings)
+{
+    return guarded(findings, [&](kit::Findings&) {
+        required(values, "values");
+        std::optional<double> share;
+        if (!std::isnan(concentration)) share = concentration;
+        std::string error;
+        const auto fluid = kit::fluidValues(&required(name, "name"), temperature, share, error);
+        if (!fluid) kit::refuse(error, "correct the fluid, its temperature or its concentration");
+        values[0] = fluid->density;
+        values[1] = fluid->viscosity;
+        values[2] = fluid->specificHeat;
+        values[3] = fluid->conductivity;
+        return TVK_OK;
+    });
+}
+
+tvkStatus tvkParseQuantity(const char* text, const char* quantity, double* value, tvkFindings* findings)
+{
+    return guarded(findings, [&](kit::Findings&) {
+        const auto known = kit::findQuantity(&required(quantity, "quantity"));
+        if (!known)
+            kit::refuse("there is no quantity " + kit::inQuotes(quantity), "give one such as \"length\"");
+        std::string error;
+        const auto number = kit::parseQuantity(&required(text, "text"), *known, error);
+        if (!number) kit::refuse(error, "write a number with a unit");
+        required(value, "value") = *number;
+        return TVK_OK;
+    });
+}
+
+tvkStatus tvkCheckUnits(const char* units, tvkFindings* findings)
+{
+    return guarded(findings, [&](kit::Findings&) {
+        kit::displayUnits(units, nullptr);
+        return TVK_OK;
+    });
+}
+
+tvkStatus tvkWriteFile(const char* path, const char* text, size_t size, tvkFindings* findings)
+{
+    return guarded(findings, [&](kit::Findings& list) {
+        const std::string_view content = size == 0 ? "" : std::string_view(&required(text, "text"), size);
+        return kit::writeFile(&required(path, "path"), content, list) ? TVK_OK : TVK_BAD_INPUT;
+    });
+}

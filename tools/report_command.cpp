@@ -1,0 +1,96 @@
+// tavell report: the page and the pictures of a network.
+#include "command_line.h"
+#include "terminal.h"
+
+namespace
+{
+
+struct ReportArguments {
+    NetworkSource source;
+    std::optional<std::string> output;
+    std::optional<std::string> svg;
+    std::optional<std::string> png;
+    std::string units;
+    std::string view;
+    std::string colour;
+};
+
+std::string reportOptions(const ReportArguments& arguments)
+{
+    nlohmann::json options = nlohmann::json::object();
+    if (!arguments.units.empty()) options["units"] = arguments.units;
+    return options.dump();
+}
+
+std::string pictureOptions(const ReportArguments& arguments)
+{
+    nlohmann::json options = nlohmann::json::parse(reportOptions(arguments));
+    if (!arguments.view.empty()) options["view"] = arguments.view;
+    if (!arguments.colour.empty()) options["quantity"] = arguments.colour;
+    return options.dump();
+}
+
+bool areOutputsUsable(const ReportArguments& arguments)
+{
+    bool areUsable = true;
+    for (const auto& path : {arguments.output, arguments.svg, arguments.png})
+        areUsable = (!path || isUsableOutput(*path, arguments.source)) && areUsable;
+    if (arguments.output || arguments.svg || arguments.png) return areUsable;
+    say("tavell: there is nothing to write; give -o, --svg or --png");
+    return false;
+}
+
+int writeFiles(const ReportArguments& arguments, const tavell::Result& result)
+{
+    if (arguments.output) {
+        const int status = saidStatus(result.writeReport(*arguments.output, reportOptions(arguments)));
+        if (status != kConverged) return status;
+    }
+    for (const auto& path : {arguments.svg, arguments.png}) {
+        if (!path) continue;
+        const int status = saidStatus(result.writePicture(*path, pictureOptions(arguments)));
+        if (status != kConverged) return status;
+    }
+    return kConverged;
+}
+
+int run(const ReportArguments& arguments)
+{
+    if (!areOutputsUsable(arguments)) return kBadInput;
+    const auto network = readNetwork(arguments.source);
+    if (!network) return kBadInput;
+    const auto result = solve(*network);
+    if (!result.hasValue()) return exitStatusOf(result.status());
+    if (result.status() == tavell::Status::cancelled || isInterrupted()) {
+        say(arguments.source.path + ": the solve was stopped; nothing was written");
+        return kNotConverged;
+    }
+    if (!result) say(arguments.source.path + ": the solve did not converge; the report has no results");
+    const int written = writeFiles(arguments, *result);
+    return written == kConverged ? exitStatusOf(result.status()) : written;
+}
+
+}  // namespace
+
+Command addReportCommand(CLI::App& program)
+{
+    const auto arguments = std::make_shared<ReportArguments>();
+    CLI::App* command =
+        program.add_subcommand("report", "Solve a network and write a page about it, and pictures");
+    arguments->source.addOptions(*command);
+    addOutput(*command, "-o,--output", arguments->output, "page to write (HTML), which needs nothing else");
+    addOutput(*command, "--svg", arguments->svg, "picture to write, *.svg");
+    addOutput(*command, "--png", arguments->png, "picture to write, *.png");
+    addUnits(*command, arguments->units);
+    addChoice(*command, "--view", arguments->view, {"plan", "elevation", "isometric"},
+              "view of the pictures");
+    addChoice(*command, "--colour,--color", arguments->colour,
+              {"none", "pressure", "head", "velocity", "mass_flow", "volume_flow", "temperature"},
+              "what the pictures are coloured by");
+    setExamples(
+        *command,
+        {"tavell report examples/networks/two_loops.json -o two_loops.html --units metric",
+         "tavell report examples/networks/three_reservoirs.json --svg reservoirs.svg --view elevation"},
+        kStatusOfSolve);
+    return {command, [arguments] { return run(*arguments); }};
+}
