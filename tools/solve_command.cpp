@@ -57,6 +57,8 @@ int run(const SolveArguments& arguments)
     const auto result = solve(*network, arguments.solvesTemperatures ? R"({"temperatures": true})" : "");
     if (!result) return endWithoutResults(arguments, result.status());
     if (isInterrupted()) return endWithoutResults(arguments, tavell::Status::cancelled);
+    // Converged by the solver's measures, but the numbers do not bear it out: they are shown with a warning.
+    if (!result->isCertificateGood()) say(result->verify().findings());
     return writeOutputs(arguments, *result);
 }
 

@@ -15,7 +15,7 @@ namespace kit
 
 /// [-], limits of a good certificate (docs/certificate.md).
 constexpr double kGoodMassImbalance = 1e-5;
-constexpr double kGoodLawMismatch = 1e-5;
+constexpr double kGoodLawMismatch = 1e-4;
 constexpr double kGoodEnergyImbalance = 1e-5;
 constexpr double kGoodColumnMismatch = 1e-6;
 

@@ -739,15 +739,26 @@ private:
     }
 
     /// At an end without a flow a control valve would carry its limit, a loss curve would show its last pressure,
-    /// and an element would carry the flow that its other end gives together with a pressure.
+    /// and an element would carry the flow that its other end gives together with a pressure. A pump that stands
+    /// alone would show no rise.
     bool needsStubAtRest(std::size_t position) const
     {
         if (m_degree[position] != 1) return false;
         const Element& element = m_network.elements[m_elementAt[position]];
-        const int type = element.kind->type;
-        if (type == TAVELL_CONTROL_VALVE || type == TAVELL_LOSS) return true;
-        const auto& beyond = m_network.nodes[element.from == position ? element.to : element.from].boundary;
-        return beyond && beyond->pressure && givesFlow(*beyond);
+        const std::size_t other = element.from == position ? element.to : element.from;
+        const auto& beyond = m_network.nodes[other].boundary;
+        const bool hasPressure = beyond && beyond->pressure;
+        switch (element.kind->type) {
+        case TAVELL_CONTROL_VALVE:
+        case TAVELL_LOSS:
+            return true;
+        case TAVELL_PUMP:
+            if (m_degree[other] == 1 && !hasPressure) return true;
+            break;
+        default:
+            break;
+        }
+        return hasPressure && givesFlow(*beyond);
     }
 
     void setTemperature(INode& node, const std::optional<double>& temperature)

@@ -426,9 +426,17 @@ void PartReader::readOwnCurve(const ObjectReader& reader, Element& element)
     if (!name) return;
     element.curveName = *name;
     if (findCurve(m_network, *name) != nullptr) return;
-    const auto names = curveNames(m_network);
     reader.report(Code::unknown_reference, "curve", "there is no curve " + inQuotes(*name),
-                  names.empty() ? "add it to \"curves\"" : suggestion(*name, names));
+                  m_network.curves.empty() ? "add it to \"curves\"" : suggestedName(*name, curveNames));
+}
+
+/// What may be meant by an unknown name; not sought any more once findings are only counted, since it takes
+/// long.
+std::string PartReader::suggestedName(const std::string& name,
+                                      std::vector<std::string> (*names)(const Network&)) const
+{
+    if (m_reading.findings.notKept(Code::unknown_reference) > 0) return "correct the name";
+    return suggestion(name, names(m_network));
 }
 
 std::vector<CurvePoint> PartReader::readCurvePoints(const json& values, const std::string& pointer,
@@ -474,8 +482,7 @@ void PartReader::readMaterialName(const ObjectReader& reader, Element& element)
     const Material* material = findMaterial(m_network, *name);
     if (material == nullptr) {
         reader.report(Code::unknown_reference, "material", "there is no material " + inQuotes(*name),
-                      "add it to \"materials\", or use a known one: " +
-                          suggestion(*name, materialNames(m_network)));
+                      "add it to \"materials\", or use a known one: " + suggestedName(*name, materialNames));
         return;
     }
     const bool isRoughness = element.kind->material == MaterialUse::roughness;
@@ -533,8 +540,7 @@ std::optional<FittingUse> PartReader::readFittingUse(const json& value, const st
     use.name = *name;
     if (findFitting(m_network, *name) == nullptr)
         m_reading.report(Code::unknown_reference, pointer, object, "there is no fitting " + inQuotes(*name),
-                         "add it to \"fittings\", or use a known one: " +
-                             suggestion(*name, fittingNames(m_network)));
+                         "add it to \"fittings\", or use a known one: " + suggestedName(*name, fittingNames));
     return use;
 }
 

@@ -58,6 +58,8 @@ private:
     void readLength(const ObjectReader& reader, Element& element);
     std::optional<Section> readSection(const ObjectReader& reader);
     void readOwnCurve(const ObjectReader& reader, Element& element);
+    std::string suggestedName(const std::string& name,
+                              std::vector<std::string> (*names)(const Network&)) const;
     std::vector<CurvePoint> readCurvePoints(const nlohmann::json& values, const std::string& pointer,
                                             const std::string& object);
     std::optional<CurvePoint> readCurvePoint(const nlohmann::json& value, const std::string& pointer,

@@ -58,9 +58,11 @@ std::string quoted(const std::string& text)
     return Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+/// 0 without a sign: JSON reads -0 as the whole number 0.
 std::string numberOrNull(double value)
 {
-    return std::isfinite(value) ? exactNumber(value) : "null";
+    if (!std::isfinite(value)) return "null";
+    return value == 0.0 ? "0" : exactNumber(value);
 }
 
 /// A number as JSON; null when it is not finite.

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "constants.h"
+#include "orifice.h"
 
 namespace lcn
 {
@@ -207,6 +208,9 @@ ElementEquation elementEquation(const NodeArray& nodes, const ElementArray& elem
     linearise(nodes, elements, var, e, law, friction);
     const lcnNET_elems& elem = elements[e];
     const double dp = drop(nodes, elem);
+    // The law of an orifice at rest is 0; with it no pressure difference would ever set the liquid in motion.
+    if (elem.type == kOrifice && law.r2 == 0.0)
+        law.r2 = creepingOrificeResistance(elem.HWcoeff, {elem.Param1, elem.Param2}, elem.diam);
     if (isQuadratic(elem.type)) return quadraticEquation(elem, law, dp, inertia(elem, dt), var.flowWeight);
     if (isCurve(elem.type)) return curveEquation(elem, law, dp);
     if (hasLaw(elem.type)) return powerEquation(elem, law, dp, var.Concrit);

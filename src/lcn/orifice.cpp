@@ -60,4 +60,9 @@ double orificeResistance(double beta, double Re, const Tappings& tappings, doubl
     return 0.5 / std::pow(C * epsilon * kPi * d * d / 4.0, 2.0);
 }
 
+double creepingOrificeResistance(double beta, const Tappings& tappings, double diameter)
+{
+    return orificeResistance(beta, kSmallestRe, tappings, diameter, 1.0);
+}
+
 }  // namespace lcn

@@ -27,4 +27,7 @@ double expansibility(double beta, double p1, double p2, double kappa);
 /// 0.0 for Re <= 3e-38; C is that of Re 10 below it. epsilon [-] expansibility, 1 for a liquid.
 double orificeResistance(double beta, double Re, const Tappings& tappings, double diameter, double epsilon);
 
+/// The same resistance in creeping flow, at Re 10 and below, of a liquid.
+double creepingOrificeResistance(double beta, const Tappings& tappings, double diameter);
+
 }  // namespace lcn

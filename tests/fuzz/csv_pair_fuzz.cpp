@@ -1,6 +1,8 @@
 // Networks as a pair of tables. An input is the table of nodes, a line of minus signs and the table of elements.
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <optional>
 #include <string>
 
 #include "csv_pair.h"
@@ -13,7 +15,7 @@ namespace
 std::optional<kit::Network> read(const std::string& nodes, const std::string& elements,
                                  kit::Findings& findings)
 {
-    const auto network = kit::readCsvTexts(nodes, "nodes.csv", elements, "elements.csv", findings);
+    auto network = kit::readCsvTexts(nodes, "nodes.csv", elements, "elements.csv", findings);
     fuzz::check(network.has_value() != findings.hasErrors(), "a pair is read or its errors are said");
     fuzz::checkFindings(findings);
     return network;

@@ -11,6 +11,7 @@
 #include "element_kinds.h"
 #include "network_file.h"
 #include "network_keys.h"
+#include "object_reader.h"
 #include "units.h"
 
 namespace
@@ -66,6 +67,25 @@ TEST(Catalogue, the_network_s_own_entry_comes_first)
     network.fittings["globe valve"].k = 9.0;
     EXPECT_EQ(kit::findFitting(network, "globe valve")->k, 9.0);
     EXPECT_EQ(kit::findCurve(network, "type A"), nullptr);
+}
+
+TEST(Catalogue, messages_choose_from_a_limited_number_of_own_names)
+{
+    constexpr std::size_t kMany = 1000;
+    kit::Network network;
+    for (std::size_t i = 0; i < kMany; ++i) {
+        network.curves["curve " + std::to_string(i)];
+        network.materials["material " + std::to_string(i)];
+    }
+    EXPECT_EQ(kit::curveNames(network).size(), 200U);
+    EXPECT_EQ(kit::materialNames(network).size(), 200U + kit::knownMaterials().size());
+}
+
+TEST(Catalogue, suggestions_compare_short_names_only)
+{
+    const std::string word(100, 'a');
+    EXPECT_EQ(kit::suggestion(word, {word + "b"}), "give one of \"" + word + "b\"");
+    EXPECT_EQ(kit::suggestion("abc", {word + "b", "abd"}), "did you mean \"abd\"?");
 }
 
 TEST(Catalogue, an_element_s_own_values_come_before_those_of_its_material)

@@ -129,6 +129,38 @@ TEST(ResultFile, departures_are_findings)
     EXPECT_EQ(codeOfReading("{\"tavell_result\": 1}"), Code::result_file_invalid);
 }
 
+TEST(ResultFile, negative_zero_is_written_without_its_sign)
+{
+    const TestNetwork made = twoPipes();
+    Solution solution = solveNetwork(made.network());
+    ASSERT_TRUE(solution.hasResults());
+    solution.massFlow[2] = -0.0;
+    const Certificate certificate = certify(made.network(), solution);
+    const std::string text = resultFileText(made.network(), solution, certificate);
+    Findings findings;
+    const auto result = readResultText(text, "r.json", findings);
+    ASSERT_TRUE(result) << findings.text();
+    EXPECT_EQ(resultFileText(result->network, result->solution, result->certificate), text);
+}
+
+TEST(ResultFile, number_of_iterations_that_no_solve_has_is_refused)
+{
+    const std::string text = fileOf(twoPipes().network());
+    EXPECT_EQ(codeOfReading(with(text, "\"iterations\": ", "\"iterations\": 99999999999")),
+              Code::result_file_invalid);
+}
+
+TEST(ResultFile, objects_and_numbers_of_findings_are_arrays)
+{
+    const std::string text = fileOf(twoPipes().network());
+    const std::string message = "\"message\":";
+    EXPECT_EQ(codeOfReading(with(text, message, "\"objects\": \"pipe\", " + message)),
+              Code::result_file_invalid);
+    EXPECT_EQ(codeOfReading(with(text, message, "\"objects\": {\"a\": \"pipe\"}, " + message)),
+              Code::result_file_invalid);
+    EXPECT_EQ(codeOfReading(with(text, message, "\"numbers\": null, " + message)), Code::result_file_invalid);
+}
+
 TEST(ResultFile, file_that_is_missing_is_a_finding)
 {
     Findings findings;

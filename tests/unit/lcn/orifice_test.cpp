@@ -118,3 +118,11 @@ TEST(Orifice, without_flow_there_is_no_resistance)
     EXPECT_EQ(lcn::orificeResistance(0.5, 3e-38, kCorner, 0.1, 1.0), 0.0);
     EXPECT_GT(lcn::orificeResistance(0.5, 1.0, kCorner, 0.1, 1.0), 0.0);
 }
+
+TEST(Orifice, resistance_in_creeping_flow_is_that_of_every_reynolds_number_up_to_10)
+{
+    const double creeping = lcn::creepingOrificeResistance(0.5, kCorner, 0.1);
+    EXPECT_GT(creeping, 0.0);
+    EXPECT_EQ(creeping, lcn::orificeResistance(0.5, 10.0, kCorner, 0.1, 1.0));
+    EXPECT_EQ(creeping, lcn::orificeResistance(0.5, 1e-30, kCorner, 0.1, 1.0));
+}
