@@ -174,6 +174,28 @@ bool isUsableOutput(const std::string& path, const NetworkSource& source)
     return true;
 }
 
+bool areUsableOutputs(const std::vector<std::optional<std::string>>& paths, const NetworkSource& source)
+{
+    namespace fs = std::filesystem;
+    bool areUsable = true;
+    std::vector<fs::path> seen;
+    for (const auto& path : paths) {
+        if (!path) continue;
+        areUsable = isUsableOutput(*path, source) && areUsable;
+        std::error_code error;
+        const fs::path place = fs::weakly_canonical(fs::absolute(*path, error), error);
+        // Devices take any number of outputs.
+        const bool isTaken = fs::is_regular_file(place, error) || !fs::exists(place, error);
+        if (isTaken && std::find(seen.begin(), seen.end(), place) != seen.end()) {
+            say(*path +
+                ": two outputs would be written to this file; give each a name of its own [bad-option]");
+            areUsable = false;
+        }
+        seen.push_back(place);
+    }
+    return areUsable;
+}
+
 tavell::Answer<tavell::Result> solve(const tavell::Network& network, const std::string& options)
 {
     ProgressLine line;

@@ -77,6 +77,8 @@ tavell::Answer<tavell::Network> openNetwork(const NetworkSource& source);
 /// Says whether a file can be written to a path, before the work that leads to it: it is no directory, has a
 /// name and is none of the files that are read.
 bool isUsableOutput(const std::string& path, const NetworkSource& source);
+/// The same of all outputs of a command, no two of which may be one file.
+bool areUsableOutputs(const std::vector<std::optional<std::string>>& paths, const NetworkSource& source);
 
 /// Solves with progress on a terminal; Ctrl-C cancels. Says what was found.
 tavell::Answer<tavell::Result> solve(const tavell::Network& network, const std::string& options = "");

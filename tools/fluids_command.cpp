@@ -66,14 +66,17 @@ Command addFluidsCommand(CLI::App& program)
 {
     const auto arguments = std::make_shared<FluidArguments>();
     CLI::App* command = program.add_subcommand("fluids", "List the known fluids, or the properties of one");
-    command->add_option("NAME", arguments->name, "fluid; the whole table otherwise")->type_name("");
+    CLI::Option* name = command->add_option("NAME", arguments->name, "fluid; the whole table otherwise");
+    name->type_name("");
     command->add_option("--temperature", arguments->temperature, "temperature of the fluid")
         ->type_name("TEMPERATURE")
+        ->needs(name)
         ->capture_default_str();
     command->add_option("--concentration", arguments->concentration, "mass fraction of a mixture, 0 to 1")
-        ->type_name("FRACTION");
+        ->type_name("FRACTION")
+        ->needs(name);
     addChoice(*command, "--format", arguments->format, {"text", "json"}, "form of the answer");
-    addUnits(*command, arguments->units);
+    addUnits(*command, arguments->units)->excludes(name);  // one fluid is told in SI units
     setExamples(*command,
                 {"tavell fluids --units metric", "tavell fluids water --temperature \"60 degC\"",
                  "tavell fluids \"ethylene glycol\" --concentration 0.3 --temperature \"5 degC\""},

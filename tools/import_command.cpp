@@ -40,13 +40,11 @@ int import(const ImportArguments& arguments)
     if (!arguments.source.isInp()) {
         say(arguments.source.path +
             ": is no EPANET input file by its name; name a file that ends with .inp, or use "
-            "\"tavell convert\"");
+            "\"tavell convert\" [bad-option]");
         return kBadInput;
     }
     const std::string output = arguments.output.value_or(networkFileFor(arguments.source.path));
-    bool areUsable = isUsableOutput(output, arguments.source);
-    if (arguments.losses) areUsable = isUsableOutput(*arguments.losses, arguments.source) && areUsable;
-    if (!areUsable) return kBadInput;
+    if (!areUsableOutputs({output, arguments.losses}, arguments.source)) return kBadInput;
     const auto network = openNetwork(arguments.source);
     say(network.findings());
     int status = exitStatusOf(network.status());
@@ -148,9 +146,11 @@ Command addConvertCommand(CLI::App& program)
         ->required();
     command->add_flag("--solve", arguments->solves,
                       "solve first and write the results too (vtu, geojson, graphml)");
-    setExamples(*command,
-                {"tavell convert examples/networks/two_loops.json -o loops.csv",
-                 "tavell convert examples/networks/two_loops.json --solve -o loops.vtu"},
-                kStatusOfSolve);
+    setExamples(
+        *command,
+        {"tavell convert examples/networks/two_loops.json -o loops.csv",
+         "tavell convert examples/networks/two_loops.json --solve -o loops.vtu"},
+        "0 written, and with --solve converged, 1 the solve did not converge or was stopped, 2 bad input or\n"
+        "usage, 3 internal error.");
     return {command, [arguments] { return convert(*arguments); }};
 }

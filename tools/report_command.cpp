@@ -32,11 +32,10 @@ std::string pictureOptions(const ReportArguments& arguments)
 
 bool areOutputsUsable(const ReportArguments& arguments)
 {
-    bool areUsable = true;
-    for (const auto& path : {arguments.output, arguments.svg, arguments.png})
-        areUsable = (!path || isUsableOutput(*path, arguments.source)) && areUsable;
+    const bool areUsable =
+        areUsableOutputs({arguments.output, arguments.svg, arguments.png}, arguments.source);
     if (arguments.output || arguments.svg || arguments.png) return areUsable;
-    say("tavell: there is nothing to write; give -o, --svg or --png");
+    say("tavell: there is nothing to write; give -o, --svg or --png; \"tavell report --help\" has examples");
     return false;
 }
 

@@ -15,14 +15,6 @@ struct SolveArguments {
     std::optional<std::string> csvPath;
 };
 
-bool areOutputsUsable(const SolveArguments& arguments)
-{
-    bool areUsable = true;
-    for (const auto& path : {arguments.output, arguments.resultPath, arguments.csvPath})
-        areUsable = (!path || isUsableOutput(*path, arguments.source)) && areUsable;
-    return areUsable;
-}
-
 /// Says what to do where there are no tables; the findings have said why.
 int endWithoutResults(const SolveArguments& arguments, tavell::Status status)
 {
@@ -51,7 +43,8 @@ int writeOutputs(const SolveArguments& arguments, const tavell::Result& result)
 
 int run(const SolveArguments& arguments)
 {
-    const bool areUsable = areOutputsUsable(arguments);
+    const bool areUsable =
+        areUsableOutputs({arguments.output, arguments.resultPath, arguments.csvPath}, arguments.source);
     const auto network = readNetwork(arguments.source);
     if (!network || !areUsable) return kBadInput;
     const auto result = solve(*network, arguments.solvesTemperatures ? R"({"temperatures": true})" : "");

@@ -64,6 +64,8 @@ void prepareTerminal()
     openClosedStreams();
     // A closed pipe is an error of the write, not the silent end of the program.
     std::signal(SIGPIPE, SIG_IGN);
+    // So is a file that grows beyond the limit of its size.
+    std::signal(SIGXFSZ, SIG_IGN);
 #endif
 }
 

@@ -275,7 +275,8 @@ TVK_API tvkStatus tvkReadResult(const char* path, tvkResult** result, tvkFinding
 
 /* Checking */
 
-/** Examines a network before a solve. TVK_OK when that was done, whatever was found. */
+/** Examines a network before a solve. TVK_OK when that was done, whatever was found; TVK_BAD_INPUT for a
+ * network that no file could hold, without nodes or pressures for example, which is not looked at further. */
 TVK_API tvkStatus tvkExamine(const tvkNetwork* network, tvkFindings* findings);
 /** Examines a result, converged or not; what tvkExamine says of its network is not repeated. */
 TVK_API tvkStatus tvkDiagnose(const tvkResult* result, tvkFindings* findings);
@@ -303,7 +304,7 @@ TVK_API tvkStatus tvkWriteReport(const tvkResult* result, const char* path, cons
 TVK_API tvkStatus tvkWritePicture(const tvkNetwork* network, const tvkResult* result, const char* path,
                                   const char* options, tvkFindings* findings);
 /** A file for other tools, by the ending of path: ".vtu" (ParaView), ".geojson" (QGIS), ".graphml". result
- * may be null; one of another network than this one is refused. */
+ * may be null; one with another number of nodes or elements than the network is refused. */
 TVK_API tvkStatus tvkWriteExport(const tvkNetwork* network, const tvkResult* result, const char* path,
                                  tvkFindings* findings);
 

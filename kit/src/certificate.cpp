@@ -590,12 +590,13 @@ std::string certificateText(const Certificate& certificate)
                        shortNumber(certificate.relativeMassImbalance, 3) + " of the mean flow)";
     if (!certificate.worstNode.empty()) text += ", worst at node " + certificate.worstNode;
     text += "; law mismatch " + shortNumber(certificate.lawMismatch, 3) + " Pa (" +
-            shortNumber(certificate.relativeLawMismatch, 3) + " in sum)";
+            shortNumber(certificate.relativeLawMismatch, 3) + " of the mean pressures, summed)";
     if (!certificate.worstElement.empty()) text += ", worst at element " + certificate.worstElement;
     if (certificate.energyImbalance)
         text += "; energy imbalance " + shortNumber(*certificate.energyImbalance, 3) + " W (" +
                 shortNumber(*certificate.relativeEnergyImbalance, 3) + " of the mean heat)";
-    text += '\n' + std::to_string(certificate.elementsChecked) + " elements checked";
+    text += '\n' + std::to_string(certificate.elementsChecked) +
+            (certificate.elementsChecked == 1 ? " element checked" : " elements checked");
     if (certificate.elementsNotChecked > 0)
         text += ", " + std::to_string(certificate.elementsNotChecked) + " not (" + certificate.notCheckedWhy +
                 ')';

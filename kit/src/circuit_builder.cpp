@@ -159,15 +159,6 @@ double orificeKv(const Element& element)
     return 3600.0 * std::sqrt(100.0 * 2.0) * 0.6 * kPi * bore * bore / 4.0;
 }
 
-/// Between two given pressures the library repeats an element's law from no flow on, and an orifice, whose
-/// loss is none at rest, stays there.
-bool isBetweenPressures(const Network& network, const Element& element)
-{
-    const auto& from = network.nodes[element.from].boundary;
-    const auto& to = network.nodes[element.to].boundary;
-    return from && from->pressure && to && to->pressure;
-}
-
 /// Parts of the network that open elements join (union of sets with path halving).
 class Parts
 {
@@ -207,7 +198,6 @@ public:
         m_built.system.reset(Velcor::Tavell::CreateTavell(false));
         m_built.circuit = m_built.system->CreateCircuit();
         countOpenElements();
-        findDeadBranches();
         checkWhole();
         if (!setFluid()) return std::nullopt;
         setSettings();
@@ -244,47 +234,6 @@ private:
                 m_elementAt[node] = i;
             }
         }
-    }
-
-    /// Marks the elements of branches that end without a boundary: nothing flows there. Leaves are taken off one
-    /// by one; the exclusive or of a node's remaining elements names the last of them.
-    void findDeadBranches()
-    {
-        m_isDead.assign(m_network.elements.size(), false);
-        std::vector<std::size_t> left = m_degree;
-        std::vector<std::size_t> joined(m_network.nodes.size(), 0);
-        for (std::size_t i = 0; i < m_network.elements.size(); ++i) {
-            const Element& element = m_network.elements[i];
-            if (element.isClosed) continue;
-            joined[element.from] ^= i;
-            joined[element.to] ^= i;
-        }
-        for (std::size_t i = 0; i < m_network.nodes.size(); ++i) {
-            std::size_t node = i;
-            while (left[node] == 1 && !isSupplied(node)) {
-                const std::size_t dead = joined[node];
-                const Element& element = m_network.elements[dead];
-                m_isDead[dead] = true;
-                left[node] = 0;
-                node = element.from == node ? element.to : element.from;
-                --left[node];
-                joined[node] ^= dead;
-            }
-        }
-    }
-
-    /// Whether a boundary can make a flow at a node.
-    bool isSupplied(std::size_t node) const
-    {
-        const auto& boundary = m_network.nodes[node].boundary;
-        return boundary && (boundary->pressure || (givesFlow(*boundary) && boundary->flow != 0.0));
-    }
-
-    /// At rest the library's orifice loses nothing at any pressure difference, so that a dead branch behind it
-    /// would keep the pressure that a solve starts with. A valve of its size takes its place there.
-    bool isOrificeAtRest(std::size_t position) const
-    {
-        return m_isDead[position] && m_network.elements[position].kind->type == TAVELL_ORIFICE;
     }
 
     /// What concerns the network as a whole.
@@ -577,7 +526,7 @@ private:
         if (hasCheckValveInFront(element)) {
             from = addCheckValve(position, from, start, length);
             if (element.kind->type == TAVELL_HAZEN_WILLIAMS_PIPE) length -= checkValveLength(element, length);
-        } else if (const double kv = jointKv(m_network, element); kv > 0.0 && !isOrificeAtRest(position)) {
+        } else if (const double kv = jointKv(m_network, element); kv > 0.0) {
             from = addJoint(position, from, start, kv);
         }
         if (needsDetour(m_network, element))
@@ -621,11 +570,8 @@ private:
         const std::size_t made = makePart(position, inputs, from, to);
         if (made == kNotInCircuit) return;
         m_built.elements[position].first = made;
-        const int type = isOrificeAtRest(position) ? TAVELL_KV_VALVE : circuitType(element);
+        const int type = circuitType(element);
         setInputs(*m_elements[made], element, inputs, type, isKUsed(type) ? inputs.k : 0.0, 1.0);
-        if (isOrificeAtRest(position))
-            m_elements[made]->GetEntity()->SetProperty(TAVELL_ELEMENT_VALVE_KV_COEFFICIENT,
-                                                       orificeKv(element));
         if (type == TAVELL_GENERAL_LOSS) foldLength(*m_elements[made], element, length);
     }
 
@@ -962,7 +908,6 @@ private:
     std::vector<Point> m_location;         // by node of the network
     std::vector<std::size_t> m_degree;     // open elements by node of the network
     std::vector<std::size_t> m_elementAt;  // one of these
-    std::vector<bool> m_isDead;            // by element: of a branch in which nothing flows
     std::vector<INode*> m_nodes;           // of the circuit
     std::vector<IElement*> m_elements;     // of the circuit
 };
@@ -1016,7 +961,7 @@ bool hasCheckValveInFront(const Element& element)
 double jointKv(const Network& network, const Element& element)
 {
     if (element.kind->type != TAVELL_ORIFICE || !element.section) return 0.0;
-    if (!isBetweenPressures(network, element) && !hasOtherTappings(network, element)) return 0.0;
+    if (!hasOtherTappings(network, element)) return 0.0;
     return orificeKv(element) / std::sqrt(kJointShare);
 }
 

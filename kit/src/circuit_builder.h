@@ -77,8 +77,8 @@ double checkValveLength(const Element& element, double length);
 /// Whether a check valve is an element of its own in the circuit.
 bool hasCheckValveInFront(const Element& element);
 
-/// Kv [m3/h at 1 bar] of the joint in front of an orifice that stands between two given pressures, or whose
-/// given length chooses other tappings than the distance between its nodes; 0 for none.
+/// Kv [m3/h at 1 bar] of the joint in front of an orifice whose given length chooses other tappings than the
+/// distance between its nodes; 0 for none.
 double jointKv(const Network& network, const Element& element);
 
 /// Whether the element gets its length by a detour: its halves then take no part in computed junction losses.

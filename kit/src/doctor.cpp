@@ -63,31 +63,32 @@ std::string advice(const Finding* first, bool isSpread)
                first->message;
     if (isSpread)
         return "look for a mistaken diameter or length; leave out pipes that are so short or wide that they "
-               "lose "
-               "nothing";
+               "lose nothing";
     return "look for the smallest part that fails on its own";
 }
 
-/// What a failed solve calls for, with the ratio of the conductances.
+/// What a failed solve calls for, with the ratio of the conductances where it is wide.
 void addFailure(const Network& network, const Solution& solution, Findings& findings)
 {
     constexpr double kWideSpread = 1e6;  // [-], of conductances, that makes a solve slow
     const Findings before = examine(network);
     const Finding* first = firstToMend(before, solution.findings);
     const auto range = conductanceRange(network);
+    const bool isSpread = range && range->ratio() > kWideSpread;
     const std::string complaints = complaintText(before);
     std::string message = "the network did not solve";
     if (!complaints.empty())
-        message += "; there are " + complaints + " about it";
+        message +=
+            (complaints.rfind("1 ", 0) == 0 ? "; there is " : "; there are ") + complaints + " about it";
     else if (first == nullptr)
         message += "; nothing is wrong with it at first sight";
     findings
-        .add(Code::solve_failed, {network.file, 0, 0, "", ""}, std::move(message),
-             advice(first, range && range->ratio() > kWideSpread))
+        .add(Code::solve_failed, {network.file, 0, 0, "", ""}, std::move(message), advice(first, isSpread))
         .numbers = {{"iterations", static_cast<double>(solution.iterations), ""},
                     {"errors", static_cast<double>(before.countOf(Severity::error)), ""},
                     {"warnings", static_cast<double>(before.countOf(Severity::warning)), ""}};
-    if (range) addConductanceSpread(network, *range, findings);
+    const auto saysSpread = [](const Finding& finding) { return finding.code == Code::conductance_spread; };
+    if (isSpread && firstOf(before, saysSpread) == nullptr) addConductanceSpread(network, *range, findings);
 }
 
 }  // namespace

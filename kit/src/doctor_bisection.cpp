@@ -237,7 +237,7 @@ private:
         if (watch.isStopped || solution.outcome == Outcome::converged) return failure;
         failure.tookTooLong = watch.tookTooLong;
         if (watch.tookTooLong)
-            failure.why = "its solve did not end in " + std::to_string(kMostIterations) + " iterations";
+            failure.why = "the solve did not end in " + std::to_string(kMostIterations) + " iterations";
         for (const Finding& finding : solution.findings.list()) {
             if (finding.severity != Severity::error) continue;
             if (failure.why.empty()) failure.why = finding.message;

@@ -171,11 +171,11 @@ private:
             if (element.kind->type == TAVELL_PUMP && !element.isClosed) pumps.push_back(i);
         }
         const bool isOne = pumps.size() == 1;
-        Finding& finding =
-            m_findings.add(Code::curve_not_usable, isOne ? elementPlace(m_network, pumps.front()) : file(),
-                           std::string(isOne ? "its curve" : "the curve of one of the pumps") +
-                               " does not fall to zero pressure rise",
-                           "correct its points: the rise has to fall to zero at a larger flow");
+        Finding& finding = m_findings.add(
+            Code::curve_not_usable, isOne ? elementPlace(m_network, pumps.front()) : file(),
+            std::string("the cubic through the points of ") + (isOne ? "its curve" : "one of the pumps") +
+                " does not fall to zero pressure rise",
+            "check the points; where they are right, add one at the flow where the rise ends");
         for (const std::size_t pump : pumps)
             finding.objects.push_back(elementLabel(m_network, pump));
     }

@@ -4,6 +4,8 @@
 #include <iterator>
 #include <utility>
 
+#include <nlohmann/json.hpp>
+
 namespace kit
 {
 

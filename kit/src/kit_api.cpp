@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <nlohmann/json.hpp>
+
 #ifndef TAVELL_VERSION
 #define TAVELL_VERSION "development"
 #endif

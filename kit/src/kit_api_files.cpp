@@ -3,6 +3,8 @@
 
 #include <cmath>
 
+#include <nlohmann/json.hpp>
+
 #include "doctor.h"
 #include "file_text.h"
 #include "fluids.h"
@@ -101,8 +103,7 @@ tvkStatus tvkWriteReport(const tvkResult* result, const char* path, const char* 
             list.add(kit::Code::report_not_built, {}, "this build of the kit has no report page");
             return TVK_BAD_INPUT;
         }
-        kit::Findings doctor = source.solution->findings;
-        doctor.append(kit::examine(*source.network));
+        kit::Findings doctor = kit::examine(*source.network);  // the page adds those of the solve
         doctor.append(kit::diagnose(*source.network, *source.solution));
         const std::string page =
             kit::reportPage(*source.network, *source.solution, source.certificate(), doctor, report);

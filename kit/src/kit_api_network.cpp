@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include <nlohmann/json.hpp>
+
 #include "csv_pair.h"
 #include "file_text.h"
 #include "inp_import.h"
@@ -108,6 +110,11 @@ std::optional<Network> readByEnding(const std::string& path, Findings& findings)
 {
     if (endsWith(path, ".inp")) return importInp(path, InpOptions(), findings);
     if (const auto pair = csvPaths(path)) return readCsvPair(pair->first, pair->second, findings);
+    if (endsWith(path, ".csv")) {
+        findings.add(Code::bad_option, {path, 0, 0, "", ""}, "is one table, and a network has two",
+                     "name both, with a comma and no blank between them: NODES.csv,ELEMENTS.csv");
+        return std::nullopt;
+    }
     return readNetworkFile(path, findings);
 }
 
@@ -290,9 +297,9 @@ tvkStatus tvkPatchNetwork(tvkNetwork* network, const char* patch, tvkFindings* f
     return guarded(findings, [&](kit::Findings& list) {
         static const char* const kName = "patch";
         tvkNetwork& target = required(network, "network");
-        auto document = kit::parsePatch(&required(patch, "patch"));
+        const auto document = kit::parsePatch(&required(patch, "patch"));
         kit::Network patched = target.get();
-        patched.scenarios = {{kName, std::move(document)}};
+        patched.scenarios = {{kName, document.dump()}};
         auto result = kit::withScenario(patched, kName, list);
         if (!result) return TVK_BAD_INPUT;
         result->title = target.get().title;

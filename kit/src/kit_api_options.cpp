@@ -6,6 +6,7 @@
 #include "findings.h"
 #include "kit_api.h"
 #include "number_text.h"
+#include "object_reader.h"
 
 namespace kit
 {
@@ -110,7 +111,9 @@ std::optional<double> Options::clock(const std::string& key)
     std::optional<double> seconds;
     if (value->is_string()) seconds = clockSeconds(value->get<std::string>());
     if (value->is_number() && value->get<double>() >= 0.0) seconds = value->get<double>();
-    if (!seconds) refuseOption(key, "the option is no time of day", "write it as \"HH:MM\", or in seconds");
+    if (!seconds)
+        refuseOption(key, shownValue(*value) + " is no time of day",
+                     "write it as \"HH:MM\", or as a number of seconds");
     return seconds;
 }
 

@@ -6,6 +6,8 @@
 #include <climits>
 #include <cmath>
 
+#include <nlohmann/json.hpp>
+
 #include "doctor.h"
 #include "file_text.h"
 #include "kit_api_options.h"

@@ -11,8 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include <nlohmann/json.hpp>
-
 namespace kit
 {
 
@@ -171,8 +169,9 @@ struct Network {
     std::map<std::string, Curve> curves;
     std::vector<Node> nodes;
     std::vector<Element> elements;
-    /// Scenarios by name: patches of the network file's object by names of nodes and elements, in SI units.
-    std::map<std::string, nlohmann::json> scenarios;
+    /// Scenarios by name: patches of the network file's object by names of nodes and elements, in SI units, as
+    /// JSON texts.
+    std::map<std::string, std::string> scenarios;
     std::string file;  // it was read from; "" when it was not
 };
 

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <nlohmann/json.hpp>
+
 #include "boundary_checks.h"
 #include "element_kinds.h"
 #include "file_text.h"
@@ -268,7 +270,7 @@ private:
             const ObjectReader reader(value, pointer, "scenario " + name, keysOf(ObjectType::scenario),
                                       m_reading);
             if (!isSound || !reader.isObject()) return;
-            if (auto patch = checkedScenario(base, reader)) m_network.scenarios[name] = std::move(*patch);
+            if (auto patch = checkedScenario(base, reader)) m_network.scenarios[name] = patch->dump();
         });
     }
 

@@ -8,6 +8,8 @@
 
 #include <tavell/Constants.h>
 
+#include <nlohmann/json.hpp>
+
 #include "catalogue.h"
 #include "element_kinds.h"
 #include "fluids.h"
@@ -445,7 +447,8 @@ std::vector<CurvePoint> PartReader::readCurvePoints(const json& values, const st
     std::vector<CurvePoint> points;
     if (values.size() < kFewestCurvePoints)
         m_reading.report(Code::curve_too_short, pointer, object,
-                         "the curve has " + std::to_string(values.size()) + " points",
+                         "the curve has " + std::to_string(values.size()) +
+                             (values.size() == 1 ? " point" : " points"),
                          std::string("give ") + kPoints);
     for (std::size_t i = 0; i < values.size(); ++i) {
         const std::string place = pointerTo(pointer, std::to_string(i));

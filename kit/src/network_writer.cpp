@@ -5,6 +5,8 @@
 
 #include <tavell/Constants.h>
 
+#include <nlohmann/json.hpp>
+
 #include "element_kinds.h"
 #include "network_keys.h"
 #include "number_text.h"
@@ -304,7 +306,12 @@ std::string documentText(const Network& network, Extent extent)
         if (!isAll) object.erase("description");
         return object;
     });
-    if (isAll && !network.scenarios.empty()) document.add("scenarios", Json(network.scenarios), 3);
+    if (isAll && !network.scenarios.empty()) {
+        Json scenarios = Json::object();
+        for (const auto& [name, patch] : network.scenarios)
+            scenarios[name] = Json::parse(patch);
+        document.add("scenarios", scenarios, 3);
+    }
     return document.take();
 }
 

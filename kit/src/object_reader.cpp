@@ -5,6 +5,8 @@
 #include <cmath>
 #include <numeric>
 
+#include <nlohmann/json.hpp>
+
 #include "json_document.h"
 
 namespace kit
@@ -156,7 +158,8 @@ std::string suggestion(std::string_view word, const std::vector<std::string>& ca
         if (listed == kMostListed) all += " ...";
         ++listed;
     }
-    const bool isNear = nearest != nullptr && least <= std::max(kFewLetters, word.size() / 3);
+    const bool isNear =
+        nearest != nullptr && least < word.size() && least <= std::max(kFewLetters, word.size() / 3);
     return isNear ? "did you mean " + inQuotes(*nearest) + '?' : "give one of " + all;
 }
 

@@ -11,6 +11,8 @@
 
 #include <tavell/Constants.h>
 
+#include <nlohmann/json.hpp>
+
 #include "element_inputs.h"
 #include "element_kinds.h"
 #include "picture_colours.h"

@@ -2,7 +2,7 @@
 #ifndef TAVELL_KIT_REPORT_DATA_H
 #define TAVELL_KIT_REPORT_DATA_H
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "certificate.h"
 #include "findings.h"

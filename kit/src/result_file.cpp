@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "file_text.h"
 #include "json_document.h"
 #include "network_file.h"

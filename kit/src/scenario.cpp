@@ -3,6 +3,8 @@
 #include <utility>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "boundary_checks.h"
 #include "json_document.h"
 #include "network_keys.h"
@@ -229,7 +231,8 @@ std::optional<Network> withScenario(const Network& network, const std::string& n
     const ScenarioBase base(network, nodes, elements);
     Findings own;
     const Reading reading{network.file, {}, own};
-    const ObjectReader scenario(found->second, pointerTo("/scenarios", name), "scenario " + name,
+    const json patch = json::parse(found->second);
+    const ObjectReader scenario(patch, pointerTo("/scenarios", name), "scenario " + name,
                                 keysOf(ObjectType::scenario), reading);
     ScenarioReader reader(base, scenario);
     reader.read();

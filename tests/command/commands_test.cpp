@@ -110,6 +110,26 @@ TEST(Solve, writes_tables_to_a_file_and_prints_nothing)
     EXPECT_TRUE(json::parse(textOf(path)).is_object());
 }
 
+TEST(Solve, does_not_write_two_outputs_to_one_file)
+{
+    const TemporaryDirectory directory;
+    const std::string path = (directory.path() / "a.txt").string();
+    const std::string same = (directory.path() / "." / "a.txt").string();
+    const Outcome outcome = runCommand({"solve", kTwoLoops, "-o", path, "--result", same});
+    EXPECT_EQ(2, outcome.status);
+    EXPECT_TRUE(isIn("two outputs would be written to this file", outcome.errors)) << outcome.errors;
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(Check, one_table_is_no_network)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.write("nodes.csv", "name,x,y,z\na,0,0,0\n");
+    const Outcome outcome = runCommand({"check", path});
+    EXPECT_EQ(2, outcome.status);
+    EXPECT_TRUE(isIn("NODES.csv,ELEMENTS.csv", outcome.errors)) << outcome.errors;
+}
+
 TEST(Solve, prints_in_the_units_that_are_asked_for)
 {
     const Outcome outcome = runCommand({"solve", kTwoLoops, "--units", "pressure=bar,volume_flow=l/min"});
@@ -239,6 +259,8 @@ TEST(Fluids, lists_them_or_shows_one)
     EXPECT_NEAR(998.207, json::parse(water.output)["density"].get<double>(), 0.01);
     EXPECT_EQ(2, runCommand({"fluids", "lava"}).status);
     EXPECT_EQ(2, runCommand({"fluids", "water", "--temperature", "hot"}).status);
+    EXPECT_EQ(2, runCommand({"fluids", "--temperature", "20 degC"}).status);
+    EXPECT_EQ(2, runCommand({"fluids", "water", "--units", "us"}).status);
 }
 
 TEST(Completion, of_bash_offers_commands_options_and_values)

@@ -133,7 +133,7 @@ static void refusesNulls(void)
     CHECK(tvkFindNodes(NULL, 0, NULL, NULL, findings) == TVK_BAD_INPUT);
     CHECK(tvkSetNodeValues(NULL, "x", 0, NULL, NULL, findings) == TVK_BAD_INPUT);
     CHECK(tvkSmallestFailingPart(NULL, 1, NULL, NULL, NULL, 0, &count, NULL, findings) == TVK_BAD_INPUT);
-    CHECK(tvkFluid(NULL, 300.0, NAN, NULL, findings) == TVK_BAD_INPUT);
+    CHECK(tvkFluid(NULL, 300.0, nan(""), NULL, findings) == TVK_BAD_INPUT);
     CHECK(tvkWriteFile(NULL, NULL, 0, findings) == TVK_BAD_INPUT);
     CHECK(tvkFindingsCount(findings) == 15);
     CHECK(strcmp(tvkFindingCode(findings, 0), "bad-option") == 0);

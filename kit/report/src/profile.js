@@ -15,6 +15,8 @@ const kParts = [
 ];
 /** Bars are drawn for paths of up to so many elements; longer ones are gathered into so many groups. */
 const kMostBars = 160;
+/** Share of the largest flow below which a supply is but what a closed loop takes in. */
+const kLeastSupply = 1e-3;
 
 export class Profile {
     constructor(section, model, view) {
@@ -42,30 +44,37 @@ export class Profile {
         this.draw();
     }
 
-    /** From the largest supply to the lowest pressure that it can reach: of an outlet, where there is one. */
+    /** From the largest supply to the lowest pressure that it can reach: of an outlet, where there is one. In a closed loop
+     * from the highest pressure to the node farthest from it. */
     #chooseEnds() {
         const {nodes, nodeCount} = this.model;
-        let start = -1;
-        for (let n = 0; n < nodeCount; ++n) {
-            if ((nodes.supply[n] ?? 0) > (start < 0 ? 0 : nodes.supply[start])) start = n;
-        }
-        if (start < 0) start = nodes.pressure.findIndex(value => value !== null);
-        if (start < 0) return;
-        const isReached = this.#reachedFrom(start);
-        const lowest = isWanted => {
+        const largestOf = (values, least) => {
             let best = -1;
             for (let n = 0; n < nodeCount; ++n) {
-                if (n === start || !isReached[n] || nodes.pressure[n] === null || !isWanted(nodes.boundary[n])) continue;
+                if (nodes.pressure[n] !== null && (values[n] ?? -Infinity) > (best < 0 ? least : values[best])) best = n;
+            }
+            return best;
+        };
+        let start = largestOf(nodes.supply, kLeastSupply * this.model.largestFlow);
+        const isLoop = start < 0;
+        if (isLoop) start = largestOf(nodes.pressure, -Infinity);
+        if (start < 0) return;
+        const reached = this.#reachedFrom(start);
+        const lowest = isWanted => {
+            let best = -1;
+            for (const n of reached) {
+                if (n === start || nodes.pressure[n] === null || !isWanted(nodes.boundary[n])) continue;
                 if (best < 0 || nodes.pressure[n] < nodes.pressure[best]) best = n;
             }
             return best;
         };
-        const end = [mark => mark === 3, mark => mark !== 1, () => true].map(lowest).find(n => n >= 0);
-        if (end === undefined) return;
+        const end = isLoop ? reached.at(-1) : [mark => mark === 3, mark => mark !== 1, () => true].map(lowest).find(n => n >= 0);
+        if (end === undefined || end === start) return;
         this.ends = {start, end};
         for (const key of ['start', 'end']) this.boxes[key].show({kind: 'node', index: this.ends[key]});
     }
 
+    /** The nodes that can be reached, nearest first. */
     #reachedFrom(start) {
         const {model} = this;
         const {start: first, list} = model.incidence;
@@ -81,7 +90,7 @@ export class Profile {
                 queue.push(other);
             }
         }
-        return isReached;
+        return queue;
     }
 
     setEnd(end, node) {

@@ -86,6 +86,7 @@ TEST(Catalogue, suggestions_compare_short_names_only)
     const std::string word(100, 'a');
     EXPECT_EQ(kit::suggestion(word, {word + "b"}), "give one of \"" + word + "b\"");
     EXPECT_EQ(kit::suggestion("abc", {word + "b", "abd"}), "did you mean \"abd\"?");
+    EXPECT_EQ(kit::suggestion("x", {"k", "to"}), "give one of \"k\", \"to\"");
 }
 
 TEST(Catalogue, an_element_s_own_values_come_before_those_of_its_material)

@@ -169,13 +169,14 @@ private:
 
     void addScenario()
     {
-        m_network.scenarios["night"] = {
+        nlohmann::json patch = {
             {"nodes", {{m_network.nodes.back().name, {{"outlet", {{"mass_flow", 0.125}}}}}}},
             {"elements",
              {{m_network.elements.front().name, {{"description", "changed"}, {"heat", nullptr}}}}},
             {"gravity", {0.0, 0.0, -0.5}}};
         if (!m_network.elements.front().heat)
-            m_network.scenarios["night"]["elements"][m_network.elements.front().name].erase("heat");
+            patch["elements"][m_network.elements.front().name].erase("heat");
+        m_network.scenarios["night"] = patch.dump();
     }
 
     std::mt19937 m_random;

@@ -86,7 +86,7 @@ TEST(ResultTables, text_is_aligned_by_characters_with_units_in_the_header)
         "spare    pipe  Zulauf \xC3\xBC  b, \"tap\"       closed             -               -       -  "
         "                 -0.50000");
     EXPECT_EQ(lines[8].rfind("Certificate: good", 0), 0U);
-    EXPECT_EQ(lines[9], "1 elements checked; model abc, version 1.2.3");
+    EXPECT_EQ(lines[9], "1 element checked; model abc, version 1.2.3");
 }
 
 TEST(ResultTables, csv_quotes_names_and_leaves_what_is_no_number_empty)
