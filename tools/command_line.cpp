@@ -231,7 +231,9 @@ void say(const std::string& line)
 
 void say(const tavell::Findings& findings)
 {
-    if (!findings.isEmpty()) writeErrors(findings.text());
+    if (findings.isEmpty()) return;
+    const bool areAllErrors = findings.countOf(tavell::Severity::error) == findings.size();
+    writeErrors(areAllErrors ? findings.text() : findingsText(findings));
 }
 
 std::string findingsText(const tavell::Findings& findings)

@@ -1,4 +1,6 @@
 // tavell report: the page and the pictures of a network.
+#include <filesystem>
+
 #include "command_line.h"
 #include "terminal.h"
 
@@ -30,10 +32,20 @@ std::string pictureOptions(const ReportArguments& arguments)
     return options.dump();
 }
 
+/// Whether a picture's name, if there is one, ends as its kind does: the kit goes by the ending.
+bool hasEnding(const std::optional<std::string>& path, const std::string& ending)
+{
+    if (!path || std::filesystem::path(*path).extension() == ending) return true;
+    say(*path + ": the name of this picture does not end in " + ending +
+        "; give it that ending [bad-option]");
+    return false;
+}
+
 bool areOutputsUsable(const ReportArguments& arguments)
 {
     const bool areUsable =
-        areUsableOutputs({arguments.output, arguments.svg, arguments.png}, arguments.source);
+        areUsableOutputs({arguments.output, arguments.svg, arguments.png}, arguments.source) &&
+        hasEnding(arguments.svg, ".svg") && hasEnding(arguments.png, ".png");
     if (arguments.output || arguments.svg || arguments.png) return areUsable;
     say("tavell: there is nothing to write; give -o, --svg or --png; \"tavell report --help\" has examples");
     return false;

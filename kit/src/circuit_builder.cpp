@@ -15,6 +15,7 @@
 
 #include "element_inputs.h"
 #include "element_kinds.h"
+#include "element_laws.h"
 #include "fluids.h"
 #include "number_text.h"
 
@@ -439,17 +440,40 @@ private:
         return circuit().CreateElement(start, end, section.diameter, section.area, 0.0, kNoHeatType, 0.0);
     }
 
+    /// The curve was continued to no rise at endFlow [m3/s].
+    void reportContinued(const Element& element, const ElementInputs& inputs, double endFlow)
+    {
+        const CurvePoint& last = inputs.curve->back();
+        const PumpFit fit(pumpPoints(*inputs.curve, inputs.referenceDensity), inputs.referenceDensity);
+        double error = 0.0;  // [Pa]
+        for (const CurvePoint& point : *inputs.curve)
+            error = std::max(error,
+                             std::fabs(fit.rise(point.volumeFlow, inputs.referenceDensity) - point.pressure));
+        const auto position = static_cast<std::size_t>(&element - m_network.elements.data());
+        Finding& finding =
+            m_findings.add(Code::pump_curve_continued, elementPlace(m_network, position),
+                           "the pump's curve ends at a rise of " + shortNumber(last.pressure) +
+                               " Pa; it was continued to no rise at " + shortNumber(endFlow) +
+                               " m3/s, and its cubic differs from the given points by at most " +
+                               shortNumber(error) + " Pa");
+        finding.numbers = {
+            {"last rise", last.pressure, "Pa"}, {"end flow", endFlow, "m3/s"}, {"difference", error, "Pa"}};
+    }
+
     IElement* createCurveElement(const Element& element, const ElementInputs& inputs, INode* from, INode* to)
     {
         if (inputs.curve == nullptr) return nullptr;
         std::vector<double> flows;
         std::vector<double> pressures;
-        for (const CurvePoint& point : *inputs.curve) {
+        const bool isPump = element.kind->type == TAVELL_PUMP;
+        for (const CurvePoint& point :
+             isPump ? pumpPoints(*inputs.curve, inputs.referenceDensity) : *inputs.curve) {
             flows.push_back(point.volumeFlow);
             pressures.push_back(point.pressure);
         }
         const int count = static_cast<int>(flows.size());
-        if (element.kind->type == TAVELL_PUMP)
+        if (isPump && flows.size() > inputs.curve->size()) reportContinued(element, inputs, flows.back());
+        if (isPump)
             return circuit().CreatePump(from, to, flows.data(), pressures.data(), count,
                                         inputs.referenceDensity, kNoHeatType, 0.0);
         return circuit().CreateLoss(from, to, flows.data(), pressures.data(), count, inputs.referenceDensity,

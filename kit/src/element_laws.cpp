@@ -235,10 +235,51 @@ double PumpFit::findEndFlow() const
     return high;
 }
 
+bool PumpFit::isEndFound() const
+{
+    constexpr int kMostStarts = 98;
+    constexpr int kSteps = 1000;
+    constexpr double kTolerance = 1e-9;
+    // a + b x + c x^2 + d x^3 of flows over the last one, from the cubic's values at -1, 0, 1 and 2
+    const double a = cubic(0.0);
+    const double c = (cubic(m_scale) + cubic(-m_scale)) / 2.0 - a;
+    const double odd = (cubic(m_scale) - cubic(-m_scale)) / 2.0;
+    const double d = (cubic(2.0 * m_scale) - a - 4.0 * c - 2.0 * odd) / 6.0;
+    const double b = odd - d;
+    const auto slopeAt = [&](double x) { return b + x * (2.0 * c + x * 3.0 * d); };
+    for (int start = 1; start <= kMostStarts; ++start) {
+        double x = start == 1 ? 0.0 : 1.0 / start;
+        double change = 1.0;
+        for (int step = 0; step < kSteps && std::fabs(change) > kTolerance * std::fabs(x); ++step) {
+            change = (a + x * (b + x * (c + x * d))) / slopeAt(x);
+            x -= change;
+        }
+        if (std::fabs(change) <= kTolerance * std::fabs(x) && x >= 0.0 && slopeAt(x) < 0.0) return true;
+    }
+    return false;
+}
+
 double PumpFit::rise(double flow, double density) const
 {
     if (flow >= 0.0 && flow < m_endFlow) return density * cubic(flow);
     return density * cubic(0.0) * (1.0 - flow / m_endFlow);
+}
+
+std::vector<CurvePoint> pumpPoints(const std::vector<CurvePoint>& points, double referenceDensity)
+{
+    if (points.size() < 2 || PumpFit(points, referenceDensity).isEndFound()) return points;
+    const CurvePoint& last = points.back();
+    const CurvePoint& before = points[points.size() - 2];
+    const double last2 = last.volumeFlow * last.volumeFlow;
+    const double B = (before.pressure - last.pressure) / (last2 - before.volumeFlow * before.volumeFlow);
+    const double A = last.pressure + B * last2;
+    if (!(B > 0.0) || !(last.pressure > 0.0) || !(last.volumeFlow > 0.0)) return points;
+    const double end = std::sqrt(A / B);
+    const double halfWay = last.volumeFlow + (end - last.volumeFlow) / 2.0;
+    std::vector<CurvePoint> continued = points;
+    continued.push_back({halfWay, A - B * halfWay * halfWay});
+    continued.push_back({end, 0.0});
+    return PumpFit(continued, referenceDensity).isEndFound() ? continued : points;
 }
 
 ElementLaws::ElementLaws(const Network& network, const FluidValues& fluid)
@@ -248,7 +289,8 @@ ElementLaws::ElementLaws(const Network& network, const FluidValues& fluid)
         const Element& element = network.elements[i];
         if (element.kind->type != TAVELL_PUMP || element.isClosed) continue;
         const ElementInputs inputs = inputsOf(network, element, fluid.density);
-        if (inputs.curve != nullptr) m_pumps[i].emplace(*inputs.curve, inputs.referenceDensity);
+        if (inputs.curve == nullptr) continue;
+        m_pumps[i].emplace(pumpPoints(*inputs.curve, inputs.referenceDensity), inputs.referenceDensity);
     }
 }
 

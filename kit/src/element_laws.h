@@ -37,6 +37,9 @@ public:
     double rise(double flow, double density) const;
     /// [m3/s], at which the rise falls to zero; not a number when it never does.
     double endFlow() const { return m_endFlow; }
+    /// Whether a solve finds that flow: by Newton's method from no flow, then from a half, a third ... of the last
+    /// point's (docs/theory.md, section 10).
+    bool isEndFound() const;
     /// [m2/s2], the cubic itself at any flow.
     double cubic(double flow) const;
 
@@ -52,6 +55,10 @@ private:
     std::array<double, kTerms> m_weight{};
     double m_endFlow = 0.0;
 };
+
+/// The points of a pump's curve [m3/s, Pa] as a circuit gets them: those given, and when a solve would not find
+/// the end of their rise, two more on the parabola A - B Q^2 through the last two, half way to no rise and there.
+std::vector<CurvePoint> pumpPoints(const std::vector<CurvePoint>& points, double referenceDensity);
 
 /// What an element's law makes of the piezometric pressure from start to end [Pa]: friction + minor + other -
 /// rise.

@@ -125,12 +125,12 @@ std::vector<HeadPoint> pointsOf(const Cubic& cubic, double end, double scale)
 
 /// Third-order Taylor polynomial of product / Q about the duty flow: h (1 - x)(1 + x^2), x = Q / duty - 1. It
 /// falls everywhere, to 0 at twice the duty flow.
-PumpFit fitPower(const PumpLaw& law, double dutyFlow)
+PumpCurveFit fitPower(const PumpLaw& law, double dutyFlow)
 {
     const double scale = 2.0 * dutyFlow;
     const double h = law.head(dutyFlow);
     const Cubic cubic{0.5, h, -2.0 * h, 4.0 * h, -8.0 * h};
-    PumpFit fit;
+    PumpCurveFit fit;
     fit.dutyFlow = dutyFlow;
     fit.points = pointsOf(cubic, 1.0, scale);
     fit.referenceHead = h;
@@ -222,14 +222,14 @@ double PumpLaw::zeroFlow() const
     return m_speed * (m_points[i].flow - m_points[i].head / lineSlope(m_points[i - 1], m_points[i]));
 }
 
-PumpFit fitPump(const PumpLaw& law, double dutyFlow)
+PumpCurveFit fitPump(const PumpLaw& law, double dutyFlow)
 {
     if (law.isPower()) return fitPower(law, dutyFlow);
     const double scale = law.zeroFlow();
     const auto scaled = [&law, scale](double u) { return law.head(u * scale); };
     const double at = std::min(dutyFlow / scale, 1.0);
     const Cubic cubic = fittedCubic(scaled, at, scaled(at), law.slope(at * scale) * scale);
-    PumpFit fit;
+    PumpCurveFit fit;
     fit.dutyFlow = at * scale;
     fit.points = pointsOf(cubic, zeroOf(cubic), scale);
     fit.referenceHead = law.shutoffHead();

@@ -55,7 +55,7 @@ private:
 };
 
 /// A pump's law as points of one cubic.
-struct PumpFit {
+struct PumpCurveFit {
     std::vector<HeadPoint> points;  // on the cubic, flows strictly increasing from 0
     double dutyFlow = 0.0;          // [m3/s], where head and slope are those of the law
     double largestError =
@@ -67,7 +67,7 @@ struct PumpFit {
 
 /// The cubic that has the law's head and slope at the duty flow (> 0) and fits the rest of it by least
 /// squares.
-PumpFit fitPump(const PumpLaw& law, double dutyFlow);
+PumpCurveFit fitPump(const PumpLaw& law, double dutyFlow);
 
 /// Head loss of a valve's curve: straight lines between points, the first and the last one extended.
 class ValveLaw

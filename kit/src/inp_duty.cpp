@@ -21,7 +21,7 @@ bool needsDuty(const InpFittedElement& fitted, const Network& network)
 {
     if (fitted.isExact() || network.elements[fitted.element].isClosed) return false;
     if (fitted.valve || fitted.pump->isPower()) return true;
-    const PumpFit fit = fitPump(*fitted.pump, fitted.dutyFlow);
+    const PumpCurveFit fit = fitPump(*fitted.pump, fitted.dutyFlow);
     return fit.largestError > kGoodFit * fit.referenceHead;
 }
 

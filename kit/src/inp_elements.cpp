@@ -204,7 +204,7 @@ void addVertices(const InpLinks& links, const InpDocument& document, Network& ne
 
 void reportPump(const InpFittedElement& fitted, Findings& findings)
 {
-    const PumpFit fit = fitPump(*fitted.pump, fitted.dutyFlow);
+    const PumpCurveFit fit = fitPump(*fitted.pump, fitted.dutyFlow);
     const double relative = fit.largestError / fit.referenceHead;
     constexpr double kBadFit = 0.02;
     const std::string range =

@@ -255,8 +255,8 @@ std::vector<PumpChart> pumpCharts(const Network& network, const Solution& soluti
         for (CurvePoint& point : chart.given)
             point.pressure *= density / reference;
         chart.duty = {solution.volumeFlow[e], riseOf(network, solution, pump)};
-        chart.curve =
-            lawCurve(PumpFit(*points, reference), points->back().volumeFlow, chart.duty.volumeFlow, density);
+        chart.curve = lawCurve(PumpFit(pumpPoints(*points, reference), reference), points->back().volumeFlow,
+                               chart.duty.volumeFlow, density);
         charts.push_back(std::move(chart));
     }
 

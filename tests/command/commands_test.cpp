@@ -251,6 +251,29 @@ TEST(Report, draws_pictures_by_themselves)
     EXPECT_EQ(2, runCommand({"report", kTwoLoops}).status);
 }
 
+TEST(Report, a_picture_whose_name_ends_in_another_kind_is_refused)
+{
+    const TemporaryDirectory directory;
+    const std::string png = (directory.path() / "a.png").string();
+    const Outcome outcome = runCommand({"report", kTwoLoops, "--svg", png});
+    EXPECT_EQ(2, outcome.status);
+    EXPECT_EQ(png + ": the name of this picture does not end in .svg; give it that ending [bad-option]\n",
+              outcome.errors);
+    EXPECT_FALSE(std::filesystem::exists(png));
+}
+
+TEST(Import, findings_of_several_kinds_stand_worst_first_with_their_severity)
+{
+    const TemporaryDirectory directory;
+    const std::string path = directory.write(
+        "valve.inp", "[JUNCTIONS]\nA 0\nB 0\n[RESERVOIRS]\nR 50\n[PIPES]\nP R A 100 100 100 0 Open\n"
+                     "[VALVES]\nV A B 100 PRV 20 0\n[QUALITY]\nA 1\n[OPTIONS]\nUnits LPS\n[END]\n");
+    const Outcome outcome = runCommand({"solve", path});
+    EXPECT_EQ(2, outcome.status);
+    EXPECT_EQ(0U, outcome.errors.find("error: " + path)) << outcome.errors;
+    EXPECT_TRUE(isIn("\nremark: " + path, outcome.errors)) << outcome.errors;
+}
+
 TEST(Fluids, lists_them_or_shows_one)
 {
     EXPECT_TRUE(isIn("water", runCommand({"fluids"}).output));

@@ -63,12 +63,13 @@ export class Profile {
         const lowest = isWanted => {
             let best = -1;
             for (const n of reached) {
-                if (n === start || nodes.pressure[n] === null || !isWanted(nodes.boundary[n])) continue;
+                if (n === start || nodes.pressure[n] === null || !isWanted(n)) continue;
                 if (best < 0 || nodes.pressure[n] < nodes.pressure[best]) best = n;
             }
             return best;
         };
-        const end = isLoop ? reached.at(-1) : [mark => mark === 3, mark => mark !== 1, () => true].map(lowest).find(n => n >= 0);
+        const isDischarge = n => (nodes.supply[n] ?? 0) < 0;
+        const end = isLoop ? reached.at(-1) : [isDischarge, n => nodes.boundary[n] !== 1, () => true].map(lowest).find(n => n >= 0);
         if (end === undefined || end === start) return;
         this.ends = {start, end};
         for (const key of ['start', 'end']) this.boxes[key].show({kind: 'node', index: this.ends[key]});

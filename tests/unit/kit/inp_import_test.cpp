@@ -241,7 +241,7 @@ TEST(PumpLaw, curves_that_do_not_fall_are_none)
     EXPECT_FALSE(kit::PumpLaw::ofPoints({{0.0, 50.0}, {0.02, 40.0}, {0.01, 30.0}, {0.03, 20.0}}).has_value());
 }
 
-TEST(PumpFit, points_increase_and_fall_to_no_less_than_zero)
+TEST(PumpCurveFit, points_increase_and_fall_to_no_less_than_zero)
 {
     const std::vector<std::vector<kit::HeadPoint>> curves{
         {{0.03, 60.0}},
@@ -253,7 +253,7 @@ TEST(PumpFit, points_increase_and_fall_to_no_less_than_zero)
         const auto law = kit::PumpLaw::ofPoints(points);
         ASSERT_TRUE(law.has_value());
         for (const double part : {0.1, 0.4, 0.7, 0.95}) {
-            const kit::PumpFit fit = kit::fitPump(*law, part * law->zeroFlow());
+            const kit::PumpCurveFit fit = kit::fitPump(*law, part * law->zeroFlow());
             ASSERT_GE(fit.points.size(), 4U);
             for (std::size_t i = 1; i < fit.points.size(); ++i) {
                 EXPECT_GT(fit.points[i].flow, fit.points[i - 1].flow);
@@ -265,20 +265,20 @@ TEST(PumpFit, points_increase_and_fall_to_no_less_than_zero)
     }
 }
 
-TEST(PumpFit, a_parabola_is_fitted_exactly)
+TEST(PumpCurveFit, a_parabola_is_fitted_exactly)
 {
     const auto law = kit::PumpLaw::ofPoints({{0.03, 60.0}});
-    const kit::PumpFit fit = kit::fitPump(*law, 0.02);
+    const kit::PumpCurveFit fit = kit::fitPump(*law, 0.02);
     EXPECT_LT(fit.largestError, 1e-9);
     for (const kit::HeadPoint& point : fit.points)
         EXPECT_NEAR(point.head, law->head(point.flow), 1e-3);  // 6 significant digits of a point
 }
 
-TEST(PumpFit, constant_power_is_taylors_cubic_about_the_duty)
+TEST(PumpCurveFit, constant_power_is_taylors_cubic_about_the_duty)
 {
     // h (1 - x)(1 + x^2) with x = Q / duty - 1: four times the head at rest, none at twice the duty.
     const auto law = kit::PumpLaw::ofPower(2.0);
-    const kit::PumpFit fit = kit::fitPump(law, 0.1);
+    const kit::PumpCurveFit fit = kit::fitPump(law, 0.1);
     EXPECT_DOUBLE_EQ(fit.points.front().head, 80.0);
     EXPECT_DOUBLE_EQ(fit.points.back().flow, 0.2);
     EXPECT_DOUBLE_EQ(fit.points.back().head, 0.0);

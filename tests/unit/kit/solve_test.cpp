@@ -360,6 +360,28 @@ TEST(SolveNetwork, pressure_datum_changes_nothing)
     EXPECT_LT(largestDifference(expected.massFlow, found.massFlow), 1e-4);
 }
 
+TEST(SolveNetwork, pump_curve_that_ends_far_above_no_rise_is_continued)
+{
+    // Falling points whose cubic turns up again behind the last one.
+    TestNetwork made;
+    made.fluid(1000.0, 1e-3);
+    made.node("a", {0.0, 0.0, 0.0}, pressureAt(1e5));
+    made.node("b", {1.0, 0.0, 0.0});
+    made.node("c", {2.0, 0.0, 0.0});
+    made.node("d", {3.0, 0.0, 0.0}, pressureAt(3.5e5));
+    made.pipe("suction", "a", "b", 0.08, 0.0);
+    made.curve("pump", TAVELL_PUMP, "b", "c",
+               {{0.0, 4e5}, {1e-3, 3.8e5}, {2e-3, 3.5e5}, {3e-3, 3.1e5}, {4e-3, 2.65e5}});
+    made.pipe("delivery", "c", "d", 0.08, 0.0);
+    const Solution solution = solveNetwork(made.network());
+    ASSERT_EQ(solution.outcome, Outcome::converged) << solution.findings.text();
+    // 2.5e5 Pa and the little that the pipes lose: beyond the last point, on the parabola A - B Q^2 through the last
+    // two, 3.6786e5 - 6.4286e9 Q^2; with the 2.5e5 Pa alone 4.28e-3 m3/s.
+    EXPECT_NEAR(solution.volumeFlow[1], 4.28e-3, 0.1e-3);
+    EXPECT_TRUE(certify(made.network(), solution).isGood);
+    EXPECT_EQ(solution.findings.list().front().code, Code::pump_curve_continued);
+}
+
 TEST(SolveNetwork, closed_element_has_no_flow_and_the_pressures_of_its_nodes)
 {
     TestNetwork made = smallTown();
