@@ -38,7 +38,7 @@ public:
             table.rows.push_back(std::move(row));
         }
         if (!hasHeader) report(1, "the table has no header line");
-        if (m_hasErrors) return std::nullopt;
+        if (!hasHeader || m_isOpen) return std::nullopt;
         return table;
     }
 
@@ -111,12 +111,12 @@ private:
             field += c;
         }
         report(firstLine, "a quoted field is not closed");
+        m_isOpen = true;
         return field;
     }
 
     void report(std::size_t line, std::string message)
     {
-        m_hasErrors = true;
         m_findings.add(Code::csv_syntax, Place{m_file, line, 0, "", ""}, std::move(message));
     }
 
@@ -126,7 +126,7 @@ private:
     char m_separator;
     std::size_t m_at = 0;
     std::size_t m_line = 1;
-    bool m_hasErrors = false;
+    bool m_isOpen = false;  // a quoted field ran to the end: what the lines are is not known
 };
 
 bool needsQuotes(const std::string& field)

@@ -23,8 +23,9 @@ struct CsvTable {
 };
 
 /// The table in a text. The header line decides the separator: a semicolon when it has one outside quotes,
-/// else a comma. Lines end with LF or CRLF. Nothing, and findings, when quotes are not closed, a line has
-/// more fields than the header, or there is no header.
+/// else a comma. Lines end with LF or CRLF. Nothing, and a finding, when quotes are not closed or
+/// there is no header. Text behind a closing quote and a line with more fields than the header are errors too,
+/// but the rest of the table is there to be looked at.
 std::optional<CsvTable> parseCsv(const std::string& text, const std::string& file, Findings& findings);
 
 /// One line of a comma-separated table, with a line end; fields are quoted where they have to be.

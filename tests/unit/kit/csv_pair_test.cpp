@@ -116,6 +116,19 @@ TEST(CsvPair, findings_name_the_file_the_line_and_the_column)
         << text;
 }
 
+TEST(CsvPair, a_line_with_too_many_fields_hides_no_other_finding)
+{
+    kit::Findings findings;
+    EXPECT_FALSE(kit::readCsvTexts("name,x,y,z,type,pressure\na,0,0,0,inlet,3 bars\nb,1,0,0,outlet,0\n",
+                                   "n.csv", "name,type,from,to,diameter\np,pipe,a,b,0.1,7\nq,pip,a,b,0.1\n",
+                                   "e.csv", findings));
+    const std::string text = findings.text();
+    EXPECT_NE(text.find("e.csv:2: the line has 6 fields, more than the header's 5"), std::string::npos)
+        << text;
+    EXPECT_NE(text.find("n.csv:2: "), std::string::npos) << text;
+    EXPECT_NE(text.find("e.csv:3: "), std::string::npos) << text;
+}
+
 TEST(CsvPair, headers_are_strict)
 {
     const std::string text =
