@@ -20,6 +20,7 @@ namespace kit
 constexpr std::size_t kDeepestNesting = 100;
 
 /// A document and the lines (from 1) of the items of the arrays among its top-level members.
+// NOLINTNEXTLINE(bugprone-exception-escape): moving a JSON value and a map throws nothing.
 struct JsonDocument {
     nlohmann::json root;
     std::unordered_map<std::string, std::vector<std::uint32_t>> itemLines;
