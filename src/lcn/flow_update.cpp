@@ -36,14 +36,19 @@ void relaxGasDensity(lcnNET_elems& elem, const lcnNET_var& var, double meanEndPr
 
 }  // namespace
 
-void updateFlows(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
-                 const NodeEquations& equations, const std::vector<double>& corrections)
+void updatePressures(const NodeArray& nodes, const lcnNET_var& var, const std::vector<double>& corrections)
 {
     for (int i = 1; i <= var.NodeTotal; ++i) {
         nodes[i].PressureOld = nodes[i].Pressure;
         nodes[i].Pressure += var.relaxpp * corrections[static_cast<std::size_t>(i)];
     }
-    for (int e = 1; e <= var.ElemTotal; ++e) {
+}
+
+void updateFlows(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                 const std::vector<int>& listed, const NodeEquations& equations,
+                 const std::vector<double>& corrections)
+{
+    for (const int e : listed) {
         lcnNET_elems& elem = elements[e];
         elem.MassflowOld = elem.Massflow;
         if (elem.fix != 0 || (!isFree(nodes[elem.LocalStartNode]) && !isFree(nodes[elem.LocalEndNode])))
@@ -110,8 +115,25 @@ void FlowEnds::prepare(const NodeArray& nodes, const ElementArray& elements, con
         const int inner = entry > 0 ? elements[e].LocalStartNode : elements[e].LocalEndNode;
         // two flow ends joined by one element: no pressure to go by
         if (nodes[inner].flag == kFlowBoundary) continue;
-        m_ends.push_back({i, inner, e, entry > 0 ? -1 : +1});
+        m_ends.push_back({i, inner, e, entry > 0 ? -1 : +1, 0.0});
     }
+    m_holdsLosses = false;
+}
+
+double FlowEnds::riseOf(const End& end, const NodeArray& nodes, const ElementArray& elements,
+                        const lcnNET_var& var, double dt)
+{
+    const lcnNET_elems& elem = elements[end.element];
+    double rise = signedPressureLoss(nodes, elements, var, end.element, end.direction, Friction::kStored);
+    if (dt <= kSteadyTimeStep) rise += (elem.Massflow - elem.MassflowOld) * elem.length / elem.Area / dt;
+    return rise;
+}
+
+void FlowEnds::holdLosses(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt)
+{
+    for (End& end : m_ends)
+        end.rise = riseOf(end, nodes, elements, var, dt);
+    m_holdsLosses = true;
 }
 
 bool FlowEnds::update(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
@@ -119,9 +141,7 @@ bool FlowEnds::update(const NodeArray& nodes, const ElementArray& elements, cons
 {
     bool finite = true;
     for (const End& end : m_ends) {
-        const lcnNET_elems& elem = elements[end.element];
-        double rise = signedPressureLoss(nodes, elements, var, end.element, end.direction, Friction::kStored);
-        if (dt <= kSteadyTimeStep) rise += (elem.Massflow - elem.MassflowOld) * elem.length / elem.Area / dt;
+        const double rise = m_holdsLosses ? end.rise : riseOf(end, nodes, elements, var, dt);
         nodes[end.node].Pressure = nodes[end.innerNode].Pressure + rise;
         finite = finite && std::isfinite(nodes[end.node].Pressure);
     }

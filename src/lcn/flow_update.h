@@ -9,11 +9,15 @@
 namespace lcn
 {
 
-/// Moves node pressures by relaxpp times their corrections [Pa] and every unfixed element with a free end to
+/// Moves node pressures by relaxpp times their corrections [Pa]. Keeps the previous values.
+void updatePressures(const NodeArray& nodes, const lcnNET_var& var, const std::vector<double>& corrections);
+
+/// Moves every unfixed element with a free end, of those listed, to
 /// rho (relaxpp (correction(start) - correction(end)) / flowResistance + flowEstimate). Keeps the previous
 /// values.
 void updateFlows(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
-                 const NodeEquations& equations, const std::vector<double>& corrections);
+                 const std::vector<int>& listed, const NodeEquations& equations,
+                 const std::vector<double>& corrections);
 
 /// Mean static pressure of every element: (pStart + pEnd)/2 - rho V^2/2 - rho g (zStart + zEnd)/2 [Pa]; of a
 /// pump or loss curve the pressure of its start node. In a gas also relaxes the density toward p / (R T).
@@ -40,14 +44,22 @@ public:
     /// Writes the pressures of the flow ends. False when one of them is not finite.
     bool update(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt) const;
 
+    /// Evaluates the losses now and keeps them from here on, where neither flow nor friction will change.
+    void holdLosses(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt);
+
 private:
     struct End {
         int node;       // the flow end
         int innerNode;  // at the element's other end
         int element;
         int direction;  // of the element relative to the inner node
+        double rise;    // [Pa] from the inner node to the end, when losses are held
     };
+    static double riseOf(const End& end, const NodeArray& nodes, const ElementArray& elements,
+                         const lcnNET_var& var, double dt);
+
     std::vector<End> m_ends;
+    bool m_holdsLosses = false;
 };
 
 /// Where every pressure starts equal, a correction below half a unit in the last place of the pressure moves

@@ -12,8 +12,6 @@ namespace lcn
 namespace
 {
 
-constexpr double kReLaminarEnd = 2300.0;      // [-] laminar up to here
-constexpr double kReTurbulentStart = 5000.0;  // [-] turbulent from here
 constexpr int kColebrookSteps = 51;
 constexpr double kColebrookTolerance = 1e-6;  // [-] on 1/sqrt(f)
 constexpr double kUndampedFrom = 0.4;         // [-] relaxpp from which a friction factor is taken whole
@@ -112,13 +110,17 @@ double frictionLaw(int method, double Re, double relRough, double Cl)
     return fLaminar + (fTurbulent - fLaminar) * (Re - kReLaminarEnd) / (kReTurbulentStart - kReLaminarEnd);
 }
 
+double frictionWeight(const lcnNET_var& var)
+{
+    // kept: damped only below 0.4: an ordinary solve (0.5) takes f whole, a stagnating one (0.1) damps it.
+    return var.relaxpp >= kUndampedFrom ? 1.0 : var.relaxpp;
+}
+
 double frictionFactor(lcnNET_elems& elem, const lcnNET_var& var)
 {
     const double Re = reynolds(elem, viscosity(var, elem.Temperature));
     const double f = frictionLaw(var.FrictionMethod, Re, elem.rough / elem.diam, elem.LaminarFactor);
-    // kept: damped only below 0.4: an ordinary solve (0.5) takes f whole, a stagnating one (0.1) damps it.
-    const double weight = var.relaxpp >= kUndampedFrom ? 1.0 : var.relaxpp;
-    elem.friction += weight * (f - elem.friction);
+    elem.friction += frictionWeight(var) * (f - elem.friction);
     return f;
 }
 

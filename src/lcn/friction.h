@@ -11,6 +11,9 @@ namespace lcn
 /// Friction factor [-] of a fluid at rest, and of a correlation that has no answer.
 inline constexpr double kFrictionAtRest = 64.0;
 
+inline constexpr double kReLaminarEnd = 2300.0;      // [-] laminar up to here
+inline constexpr double kReTurbulentStart = 5000.0;  // [-] turbulent from here
+
 // Turbulent correlations: Re [-] > 0, relRough t = eps / D [-] >= 0.
 
 /// Swamee and Jain (1976): f = 0.25 / [log10(t/3.7 + 5.74/Re^0.9)]^2. Published for Re 5e3..1e8, t
@@ -37,6 +40,9 @@ std::optional<double> turbulentFriction(int method, double Re, double relRough);
 /// Darcy friction factor [-] for any flow. Cl [-] is the laminar constant, f = Cl/Re (64 for a round pipe,
 /// Hagen 1839, Poiseuille 1840). Laminar up to Re 2300, turbulent from 5000, a straight line in Re between.
 double frictionLaw(int method, double Re, double relRough, double Cl);
+
+/// Weight [-] of a new friction factor against the stored one.
+double frictionWeight(const lcnNET_var& var);
 
 /// Moves elem.friction toward the law at the current flow; returns the unrelaxed value [-]. Types 1, 9, 10.
 /// Reads Massflow, density, Area, diam, rough, LaminarFactor, Temperature; writes friction only.

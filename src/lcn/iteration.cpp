@@ -9,8 +9,10 @@
 #include "flow_limits.h"
 #include "flow_update.h"
 #include "friction.h"
+#include "global_gradient.h"
 #include "minor_losses.h"
 #include "node_equations.h"
+#include "pipe_sweep.h"
 #include "preparation.h"
 #include "pressure_groups.h"
 #include "pressure_solve.h"
@@ -28,7 +30,6 @@ namespace
 constexpr const char* kReportName = "network_results.dat";
 constexpr double kStagnation = 1e-10;        // [-] change of the mass error that counts as none
 constexpr double kStagnantRelaxation = 0.1;  // relaxpp of a stagnating solve
-constexpr double kSmallestRe = 1.0;          // [-] slower elements take no part in the pressure measure
 constexpr double kCoupledFrom = 100.0;       // [-] of Concrit: flows settled enough for the viscosity law
 constexpr double kShortTimeStep = 1.0;       // [s] below it curves may have changed between two steps
 constexpr int kMostUnsettledSolves = 100;    // temperature solves that ran out of sweeps on settled flows
@@ -54,9 +55,9 @@ int findTracedNode(const NodeArray& nodes, const lcnNET_var& var)
 
 /// Friction factors at the present flows, once per iteration: the law is used again, unchanged, by the
 /// pressures of flow ends, the pressure measure and the next linearisation.
-void updateFrictionFactors(const ElementArray& elements, const lcnNET_var& var)
+void updateFrictionFactors(const ElementArray& elements, const lcnNET_var& var, const std::vector<int>& listed)
 {
-    for (int e = 1; e <= var.ElemTotal; ++e)
+    for (const int e : listed)
         if (isDarcyWeisbach(elements[e].type)) frictionFactor(elements[e], var);
 }
 
@@ -64,6 +65,14 @@ double sumOfFlows(const ElementArray& elements, const lcnNET_var& var)
 {
     double sum = 0.0;
     for (int e = 1; e <= var.ElemTotal; ++e)
+        sum += std::fabs(elements[e].Massflow);
+    return sum;
+}
+
+double sumOfFlows(const ElementArray& elements, const PipeSweep& pipes)
+{
+    double sum = pipes.totalFlow();
+    for (const int e : pipes.others())
         sum += std::fabs(elements[e].Massflow);
     return sum;
 }
@@ -77,10 +86,11 @@ double averageOf(double totalFlow, const lcnNET_var& var)
 /// Net inflow of every node from its elements. Boundary nodes keep theirs as mass source; free nodes are
 /// measured.
 void measureMass(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
-                 std::vector<double>& balance, Measures& measures)
+                 const PipeSweep& pipes, std::vector<double>& balance, Measures& measures)
 {
     std::fill(balance.begin(), balance.end(), 0.0);
-    for (int e = 1; e <= var.ElemTotal; ++e) {
+    pipes.addInflows(balance);
+    for (const int e : pipes.others()) {
         const lcnNET_elems& elem = elements[e];
         balance[static_cast<std::size_t>(elem.LocalStartNode)] -= elem.Massflow;
         balance[static_cast<std::size_t>(elem.LocalEndNode)] += elem.Massflow;
@@ -99,7 +109,7 @@ void measureMass(const NodeArray& nodes, const ElementArray& elements, const lcn
     }
 
     const double previousTotal = measures.totalFlow;
-    measures.totalFlow = sumOfFlows(elements, var);
+    measures.totalFlow = sumOfFlows(elements, pipes);
     measures.averageFlow = averageOf(measures.totalFlow, var);
     measures.massFraction = std::fabs(measures.totalFlow - previousTotal);
     if (std::fabs(previousTotal) > kTiny) measures.massFraction /= std::fabs(previousTotal);
@@ -117,14 +127,15 @@ bool isMeasured(const NodeArray& nodes, const lcnNET_elems& elem)
 }
 
 /// Sum over elements of |(dp between the nodes - dp of the law) / mean pressure|.
-double measurePressure(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt)
+double measurePressure(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt,
+                       PipeSweep& pipes)
 {
     const double smallest = var.Concrit * var.Concrit;
-    double sum = 0.0;
-    for (int e = 1; e <= var.ElemTotal; ++e) {
+    double sum = pipes.pressureMisses(nodes, var);
+    for (const int e : pipes.others()) {
         const lcnNET_elems& elem = elements[e];
-        if (!isMeasured(nodes, elem) || !(reynolds(elem, viscosity(var, elem.Temperature)) > kSmallestRe))
-            continue;
+        if (!isMeasured(nodes, elem)) continue;
+        if (!(reynolds(elem, viscosity(var, elem.Temperature)) > kSmallestMeasuredRe)) continue;
         const double pStart = nodes[elem.LocalStartNode].Pressure;
         const double pEnd = nodes[elem.LocalEndNode].Pressure;
         const double betweenNodes = pStart - pEnd;
@@ -202,7 +213,7 @@ bool recordOutcome(lcnNET_var& var, const Measures& measures, const TemperatureS
 }  // namespace
 
 bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var, double dt,
-             CancelCallback cancel)
+             CancelCallback cancel, const IterationPaths& paths)
 {
     if (nodes.isEmpty() || var.NodeTotal < 1)
         throw FatalException("lcnL_n has been called with an empty list");
@@ -226,11 +237,12 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     std::vector<double> corrections(static_cast<std::size_t>(var.NodeTotal) + 1, 0.0);
     std::vector<double> balance(corrections);
     PressureGroups groups;
-    PressureSystem system;
+    PressureSystem system(paths.factorisation);
     FlowLimits limits;
     FixedPressureElements betweenFixedPressures;
     FlowEnds flowEnds;
     MinorLosses minorLosses;
+    PipeSweep pipes;
     TemperatureSolver temperatureSolver;
 
     limits.prepare(nodes, elements, var);
@@ -241,15 +253,24 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     system.prepare(nodes, elements, var);
     traceHeader(var);
     minorLosses.start(elements, var);
-    updateFrictionFactors(elements, var);
+    if (paths.startsNearSolution)
+        stopped = startNearSolution(nodes, elements, var, dt, system, cancel) == NearStart::kCancelled;
+    pipes.prepare(nodes, elements, var, dt, paths.sweepsPipes);
+    updateFrictionFactors(elements, var, pipes.others());
+    if (pipes.isUsed()) flowEnds.holdLosses(nodes, elements, var, dt);
 
     var.nIter = 0;
     do {
         ++var.nIter;
-        assembleNodeEquations(nodes, elements, var, dt, equations, Friction::kStored);
+        clearNodeEquations(equations);
+        pipes.assemble(nodes, equations);
+        addToNodeEquations(nodes, elements, var, dt, pipes.others(), equations, Friction::kStored);
+        completeNodeEquations(nodes, elements, var, dt, equations);
         system.solvePressures(var, equations, corrections);
 
-        updateFlows(nodes, elements, var, equations, corrections);
+        updatePressures(nodes, var, corrections);
+        pipes.updateFlows(var, equations, corrections);
+        updateFlows(nodes, elements, var, pipes.others(), equations, corrections);
         if (var.compressible) updateElementPressures(nodes, elements, var);
         const bool settled = betweenFixedPressures.update(nodes, elements, var);
         limitsChanged =
@@ -257,12 +278,12 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
         if (limitsChanged && groups.check(nodes, elements, var)) system.prepare(nodes, elements, var);
         if (!equations.withoutDrop.empty())
             separateEqualPressures(nodes, elements, var, equations, corrections,
-                                   averageOf(sumOfFlows(elements, var), var));
-        updateFrictionFactors(elements, var);
+                                   averageOf(sumOfFlows(elements, pipes), var));
+        updateFrictionFactors(elements, var, pipes.others());
         const bool endsAreFinite = flowEnds.update(nodes, elements, var, dt);
 
-        measureMass(nodes, elements, var, balance, measures);
-        measures.pressureError = endsAreFinite ? measurePressure(nodes, elements, var, dt)
+        measureMass(nodes, elements, var, pipes, balance, measures);
+        measures.pressureError = endsAreFinite ? measurePressure(nodes, elements, var, dt, pipes)
                                                : std::numeric_limits<double>::infinity();
         measures.finite = std::isfinite(measures.totalFlow) && std::isfinite(measures.sumMass) &&
                           std::isfinite(measures.pressureError);
@@ -273,9 +294,12 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
         watchStagnation(var, measures.massError, previousMassError);
         previousMassError = measures.massError;
 
+        if (var.Energy == 1) pipes.write(elements);
         updateTemperatures(nodes, elements, var, dt, measures, temperatureSolver, temperatures);
-        minorLossesConverged = minorLosses.update(nodes, elements, var);
-        stopped = cancel != nullptr && cancel();
+        // coefficients that a sweep holds do not change; a trace counts their updates all the same
+        const bool areHeld = pipes.isUsed() && minorLosses.areFinite() && !var.Debug;
+        minorLossesConverged = areHeld || minorLosses.update(nodes, elements, var);
+        stopped = stopped || (cancel != nullptr && cancel());
         const bool flowsConverged =
             std::fabs(measures.massError) < var.Concrit && measures.pressureError < var.Concrit;
         const bool outOfSweeps = flowsConverged && temperatures.sweeps >= kMostTemperatureSweeps;
@@ -285,6 +309,7 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     } while (!converged && var.nIter < var.numitermm && !stopped && measures.finite && temperatures.finite &&
              unsettledSolves < kMostUnsettledSolves);
 
+    pipes.write(elements);
     updateElementPressures(nodes, elements, var);
     if (var.Energy == 1) temperatures = temperatureSolver.solve(nodes, elements, var);
     groups.record(var);

@@ -1,6 +1,8 @@
 // minor_losses.h: the minor loss coefficients in force, specified or from the junctions.
 #pragma once
 
+#include <cmath>
+
 #include "records.h"
 
 namespace lcn
@@ -19,6 +21,7 @@ public:
     /// Concrit.
     bool update(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var);
 
+    bool areFinite() const { return std::isfinite(m_previousSum); }
     double error() const { return m_error; }  // [-] relative change of the sum of all K
     int updates() const { return m_updates; }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 #include "constants.h"
 #include "orifice.h"
@@ -217,15 +218,18 @@ ElementEquation elementEquation(const NodeArray& nodes, const ElementArray& elem
     return {};
 }
 
-void assembleNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
-                           double dt, NodeEquations& equations, Friction friction)
+void clearNodeEquations(NodeEquations& equations)
 {
     std::fill(equations.diag.begin(), equations.diag.end(), 0.0);
     std::fill(equations.rhs.begin(), equations.rhs.end(), 0.0);
     equations.withoutDrop.clear();
-    const double w = var.flowWeight;
+}
 
-    for (int e = 1; e <= var.ElemTotal; ++e) {
+void addToNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt,
+                        const std::vector<int>& listed, NodeEquations& equations, Friction friction)
+{
+    const double w = var.flowWeight;
+    for (const int e : listed) {
         lcnNET_elems& elem = elements[e];
         const auto slot = static_cast<std::size_t>(e);
         const bool startFree = nodes[elem.LocalStartNode].flag == kFreeNode;
@@ -256,7 +260,11 @@ void assembleNodeEquations(const NodeArray& nodes, const ElementArray& elements,
         equations.diag[end] += part.conductance;
         equations.rhs[end] += part.massFlow;
     }
+}
 
+void completeNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                           double dt, NodeEquations& equations)
+{
     if (!equations.withoutDrop.empty()) lowerConductancesAtRest(elements, var, equations);
     for (int i = 1; i <= var.NodeTotal; ++i) {
         const auto slot = static_cast<std::size_t>(i);
@@ -268,6 +276,16 @@ void assembleNodeEquations(const NodeArray& nodes, const ElementArray& elements,
         }
     }
     if (dt <= kSteadyTimeStep) addStorage(nodes, elements, var, dt, equations);
+}
+
+void assembleNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                           double dt, NodeEquations& equations, Friction friction)
+{
+    std::vector<int> all(static_cast<std::size_t>(var.ElemTotal));
+    std::iota(all.begin(), all.end(), 1);
+    clearNodeEquations(equations);
+    addToNodeEquations(nodes, elements, var, dt, all, equations, friction);
+    completeNodeEquations(nodes, elements, var, dt, equations);
 }
 
 }  // namespace lcn

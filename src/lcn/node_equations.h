@@ -43,7 +43,19 @@ void applyFlowLimit(lcnNET_elems& elem);
 ElementEquation elementEquation(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
                                 int e, double dt, Friction friction = Friction::kEvaluate);
 
-/// Fills the equations for the time step dt [s]. Every element's law is evaluated once, whatever the number
+/// Empties the equations before elements are added.
+void clearNodeEquations(NodeEquations& equations);
+
+/// Adds the parts of the listed elements for the time step dt [s].
+void addToNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt,
+                        const std::vector<int>& listed, NodeEquations& equations, Friction friction);
+
+/// Completes the equations once all elements are in them: nodes that are not free, nodes without conductance,
+/// elements at rest, storage.
+void completeNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                           double dt, NodeEquations& equations);
+
+/// The three above in one for all elements: fills the equations for the time step dt [s]. Every element's law is evaluated once, whatever the number
 /// of its free ends. Reads pressures, flows, coefficients; writes fix, FixedFlow and Massflow of elements
 /// with FlowLimited and (kEvaluate) friction.
 void assembleNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,

@@ -14,23 +14,17 @@ namespace
 
 constexpr std::uint32_t kPressureSolutionFailed = 701200;
 constexpr int kAssemblyFailed = 6;  // reason: an entry found no place in the matrix
+constexpr int kSmallestFast = 20;   // equations from which SparseFactor is the faster
 
 /// Free neighbours of every free node, one entry per connecting element.
-Graph freeGraph(const ElementArray& elements, int elementTotal, const std::vector<int>& equation, int n)
+Graph graphOf(const std::vector<EquationPair>& pairs, int n)
 {
     Graph graph;
     graph.rowStart.assign(static_cast<std::size_t>(n) + 2, 0);
-    const auto forEachLink = [&](auto&& visit) {
-        for (int e = 1; e <= elementTotal; ++e) {
-            const int r = equation[static_cast<std::size_t>(elements[e].LocalStartNode)];
-            const int c = equation[static_cast<std::size_t>(elements[e].LocalEndNode)];
-            if (r != 0 && c != 0 && r != c) visit(static_cast<std::size_t>(r), static_cast<std::size_t>(c));
-        }
-    };
-    forEachLink([&](std::size_t r, std::size_t c) {
-        ++graph.rowStart[r];
-        ++graph.rowStart[c];
-    });
+    for (const EquationPair& pair : pairs) {
+        ++graph.rowStart[static_cast<std::size_t>(pair.row)];
+        ++graph.rowStart[static_cast<std::size_t>(pair.column)];
+    }
     int next = 1;
     for (int& start : graph.rowStart) {
         const int count = start;
@@ -40,10 +34,10 @@ Graph freeGraph(const ElementArray& elements, int elementTotal, const std::vecto
     // rowStart[0] counted nothing, so row r starts at rowStart[r]; the last entry is the end
     graph.columns.assign(static_cast<std::size_t>(next), 0);
     std::vector<int> fill(graph.rowStart);
-    forEachLink([&](std::size_t r, std::size_t c) {
-        graph.columns[static_cast<std::size_t>(fill[r]++)] = static_cast<int>(c);
-        graph.columns[static_cast<std::size_t>(fill[c]++)] = static_cast<int>(r);
-    });
+    for (const EquationPair& pair : pairs) {
+        graph.columns[static_cast<std::size_t>(fill[static_cast<std::size_t>(pair.row)]++)] = pair.column;
+        graph.columns[static_cast<std::size_t>(fill[static_cast<std::size_t>(pair.column)]++)] = pair.row;
+    }
     return graph;
 }
 
@@ -58,19 +52,65 @@ void PressureSystem::prepare(const NodeArray& nodes, const ElementArray& element
         m_equation[static_cast<std::size_t>(i)] = static_cast<int>(m_freeNodes.size());
         m_freeNodes.push_back(i);
     }
-    const int n = static_cast<int>(m_freeNodes.size()) - 1;
-    if (n < 1) lcnErrmsg(var, kNoInternalNodes, 0, 0, 0, 0);
-
-    // kept: always symmetric. Each pair of nodes is assembled once, so the matrix holds one value per pair.
-    m_matrix.setUp(freeGraph(elements, var.ElemTotal, m_equation, n), true);
+    if (size() < 1) lcnErrmsg(var, kNoInternalNodes, 0, 0, 0, 0);
 
     m_links.clear();
+    m_pairs.clear();
     for (int e = 1; e <= var.ElemTotal; ++e) {
-        const int r = m_equation[static_cast<std::size_t>(elements[e].LocalStartNode)];
-        const int c = m_equation[static_cast<std::size_t>(elements[e].LocalEndNode)];
-        if (r != 0 && c != 0 && r != c) m_links.push_back({e, m_matrix.slot(r, c)});
+        const int r = equationOf(elements[e].LocalStartNode);
+        const int c = equationOf(elements[e].LocalEndNode);
+        if (r == 0 || c == 0 || r == c) continue;
+        m_links.push_back(e);
+        m_pairs.push_back({r, c});
     }
-    if (m_matrix.status() != lcnSparseMat::kOk) reportStatus(var, kAssemblyFailed);
+    m_isFactorPrepared = false;
+    m_isMatrixLaidOut = false;
+}
+
+// kept: always symmetric. Each pair of nodes is assembled once, so the matrix holds one value per pair.
+void PressureSystem::layOutMatrix()
+{
+    if (m_isMatrixLaidOut) return;
+    m_matrix.setUp(graphOf(m_pairs, size()), true);
+    m_slots.clear();
+    for (const EquationPair& pair : m_pairs)
+        m_slots.push_back(m_matrix.slot(pair.row, pair.column));
+    m_isMatrixLaidOut = true;
+}
+
+const lcnSparseMat& PressureSystem::matrix()
+{
+    layOutMatrix();
+    return m_matrix;
+}
+
+bool PressureSystem::solve(const double* diagonal, const double* conductance, double* rhs)
+{
+    if (!m_isFactorPrepared) {
+        m_factor.prepare(size(), m_pairs);
+        m_isFactorPrepared = true;
+    }
+    if (!m_factor.factorise(diagonal, conductance)) return false;
+    m_factor.solve(rhs);
+    return true;
+}
+
+bool PressureSystem::solveFast(const NodeEquations& equations, std::vector<double>& corrections)
+{
+    m_diagonal.resize(m_freeNodes.size());
+    m_rhs.resize(m_freeNodes.size());
+    m_conductance.resize(m_links.size());
+    for (std::size_t r = 1; r < m_freeNodes.size(); ++r) {
+        const auto node = static_cast<std::size_t>(m_freeNodes[r]);
+        m_diagonal[r] = equations.diag[node];
+        m_rhs[r] = equations.rhs[node];
+    }
+    for (std::size_t i = 0; i < m_links.size(); ++i)
+        m_conductance[i] = equations.coef[static_cast<std::size_t>(m_links[i])];
+    if (!solve(m_diagonal.data(), m_conductance.data(), m_rhs.data())) return false;
+    for (std::size_t r = 1; r < m_freeNodes.size(); ++r)
+        corrections[static_cast<std::size_t>(m_freeNodes[r])] = m_rhs[r];
+    return true;
 }
 
 void PressureSystem::fillMatrix(const NodeEquations& equations)
@@ -81,8 +121,8 @@ void PressureSystem::fillMatrix(const NodeEquations& equations)
         m_matrix.addToDiagonal(static_cast<int>(r), equations.diag[node]);
         m_matrix.rightHandSide(static_cast<int>(r)) = equations.rhs[node];
     }
-    for (const Link& link : m_links)
-        m_matrix.addToSlot(link.slot, -equations.coef[static_cast<std::size_t>(link.element)]);
+    for (std::size_t i = 0; i < m_links.size(); ++i)
+        m_matrix.addToSlot(m_slots[i], -equations.coef[static_cast<std::size_t>(m_links[i])]);
 }
 
 void PressureSystem::reportStatus(lcnNET_var& var, int reason)
@@ -101,8 +141,8 @@ double PressureSystem::lumpedCorrection(const NodeEquations& equations) const
         balance += equations.rhs[node];
         conductance += equations.diag[node];
     }
-    for (const Link& link : m_links)
-        conductance -= 2.0 * equations.coef[static_cast<std::size_t>(link.element)];
+    for (const int e : m_links)
+        conductance -= 2.0 * equations.coef[static_cast<std::size_t>(e)];
     return std::fabs(conductance) < kTiny ? 0.0 : balance / conductance;
 }
 
@@ -110,6 +150,13 @@ int PressureSystem::solvePressures(lcnNET_var& var, const NodeEquations& equatio
                                    std::vector<double>& corrections)
 {
     std::fill(corrections.begin(), corrections.end(), 0.0);
+    const bool triesFast = m_first == Factorisation::kFast && size() >= kSmallestFast;
+    if (triesFast && solveFast(equations, corrections)) return lcnSparseMat::kOk;
+
+    if (!m_isMatrixLaidOut) {
+        layOutMatrix();
+        if (m_matrix.status() != lcnSparseMat::kOk) reportStatus(var, kAssemblyFailed);
+    }
     fillMatrix(equations);
     const int status = m_matrix.solve();
 

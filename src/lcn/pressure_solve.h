@@ -7,17 +7,24 @@
 #include "lcnSparseMat.h"
 #include "node_equations.h"
 #include "records.h"
+#include "sparse_factor.h"
 
 namespace lcn
 {
 
-/// The linear system of the free nodes. Its structure (numbering, ordering, envelope, place of every element)
-/// depends on the graph and on which nodes are free; it is built once and again only when that changes.
+/// Which factorisation a system tries first. kReference keeps to lcnSparseMat, for comparisons.
+enum class Factorisation { kFast, kReference };
+
+/// The linear system of the free nodes. Its structure (numbering, ordering, place of every element) depends on
+/// the graph and on which nodes are free; it is built once and again only when that changes.
+/// Two factorisations solve it: SparseFactor, and lcnSparseMat with its statuses, which takes over where a
+/// pivot of the first is not clearly positive and solves the smallest systems, where it is the faster.
 class PressureSystem
 {
 public:
-    /// Numbers the free nodes, orders them and finds every element's place. Raises kNoInternalNodes when none
-    /// is free.
+    explicit PressureSystem(Factorisation factorisation = Factorisation::kFast) : m_first(factorisation) {}
+
+    /// Numbers the free nodes and orders them. Raises kNoInternalNodes when none is free.
     void prepare(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var);
 
     /// Solves the equations; corrections (slots 1..NodeTotal) receives one pressure correction [Pa] per node,
@@ -27,23 +34,42 @@ public:
     /// singular unsymmetric one raises FatalException.
     int solvePressures(lcnNET_var& var, const NodeEquations& equations, std::vector<double>& corrections);
 
-    const lcnSparseMat& matrix() const { return m_matrix; }
+    /// Number of equations.
+    int size() const { return static_cast<int>(m_freeNodes.size()) - 1; }
+    /// Equation 1..size of a node; 0 when it is not free.
+    int equationOf(int node) const { return m_equation[static_cast<std::size_t>(node)]; }
+    int nodeOf(int equation) const { return m_freeNodes[static_cast<std::size_t>(equation)]; }
+    /// Number of elements between two different free nodes.
+    int links() const { return static_cast<int>(m_links.size()); }
+
+    /// Solves for the matrix with diagonal[1..size] and -conductance[i] for link i, counted from 0 in element
+    /// order; rhs[1..size] becomes the solution. False, with nothing recorded, when SparseFactor cannot.
+    bool solve(const double* diagonal, const double* conductance, double* rhs);
+
+    /// The reference matrix, laid out when it was needed first.
+    const lcnSparseMat& matrix();
 
 private:
+    bool solveFast(const NodeEquations& equations, std::vector<double>& corrections);
+    void layOutMatrix();
     void fillMatrix(const NodeEquations& equations);
     void reportStatus(lcnNET_var& var, int reason);
     double lumpedCorrection(const NodeEquations& equations) const;
 
-    struct Link {
-        int element;
-        int slot;
-    };
-
+    Factorisation m_first;
     std::vector<int> m_equation;   // per node: 1..n, 0 when not free
     std::vector<int> m_freeNodes;  // per equation 1..n: its node
-    std::vector<Link> m_links;     // elements between two free nodes and their place in the matrix
-    std::set<int> m_reported;      // reasons recorded so far
+    std::vector<int> m_links;      // elements between two free nodes
+    std::vector<EquationPair> m_pairs;  // their equations
+    std::set<int> m_reported;           // reasons recorded so far
+
+    SparseFactor m_factor;
+    bool m_isFactorPrepared = false;
+    std::vector<double> m_diagonal, m_conductance, m_rhs;  // of the fast solution
+
     lcnSparseMat m_matrix;
+    bool m_isMatrixLaidOut = false;
+    std::vector<int> m_slots;  // of the links in the matrix
 };
 
 }  // namespace lcn

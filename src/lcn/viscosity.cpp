@@ -31,4 +31,10 @@ double reynolds(const lcnNET_elems& elem, double mu)
     return std::fabs(elem.Massflow / elem.density / elem.Area) * elem.density * elem.diam / mu;
 }
 
+double reynoldsPerFlow(const lcnNET_elems& elem, double mu)
+{
+    if (std::fabs(elem.density) < kTiny || std::fabs(elem.Area) < kTiny || std::fabs(mu) < kTiny) return 0.0;
+    return elem.diam / elem.Area / mu;
+}
+
 }  // namespace lcn

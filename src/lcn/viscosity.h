@@ -19,4 +19,7 @@ double viscosity(const lcnNET_var& var, double T);
 /// Reads Massflow, density, Area, diam.
 double reynolds(const lcnNET_elems& elem, double mu);
 
+/// Reynolds number per mass flow [s/kg] of an element: D / (A mu), 0.0 where reynolds is.
+double reynoldsPerFlow(const lcnNET_elems& elem, double mu);
+
 }  // namespace lcn

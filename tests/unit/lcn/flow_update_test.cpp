@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 #include "unit/support/solver_network.h"
@@ -34,7 +35,10 @@ struct Line : SolverNetwork {
         corrections = {0.0, 0.0, 100.0, -300.0, 0.0};
     }
 
-    void update() { lcn::updateFlows(nodes, elements, var, equations, corrections); }
+    void update() { std::vector<int> all(static_cast<std::size_t>(var.ElemTotal));
+        std::iota(all.begin(), all.end(), 1);
+        lcn::updatePressures(nodes, var, corrections);
+        lcn::updateFlows(nodes, elements, var, all, equations, corrections); }
 
     NodeEquations equations;
     std::vector<double> corrections;

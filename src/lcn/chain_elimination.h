@@ -1,0 +1,100 @@
+// chain_elimination.h: exact elimination of the equations with at most two neighbours.
+#pragma once
+
+#include <vector>
+
+namespace lcn
+{
+
+/// One off-diagonal pair of equations, 1..n, row != column; pairs may repeat (their values add up).
+struct EquationPair {
+    int row;
+    int column;
+};
+
+/// Reduces a symmetric system to its core: while an equation has at most two distinct neighbours it is
+/// eliminated, which replaces a chain by one pair and drops a tree altogether, without fill. Equations go in
+/// rounds of mutually independent ones, so that a line of n takes about log n rounds and the divisions of one
+/// round do not wait for one another. What is left, the core, has at least three neighbours everywhere.
+///
+/// Eliminating v with the neighbours a and b, conductances ga and gb, pivot d:
+///   diag(a) -= ga^2/d, diag(b) -= gb^2/d, g(a,b) += ga gb/d.
+///
+/// Positions run from 0: eliminated equations in their order, then the core. Cost: linear in equations and
+/// pairs, whatever their shape.
+class ChainElimination
+{
+public:
+    /// Finds the order and the place of every value. Throws std::bad_alloc, also when the places would not
+    /// fit in 32 bits.
+    void prepare(int n, const std::vector<EquationPair>& pairs);
+
+    /// Number of equations that stay.
+    int coreSize() const { return m_size - m_eliminated; }
+    /// Distinct pairs of the core, equations 0 .. coreSize - 1.
+    const std::vector<EquationPair>& corePairs() const { return m_corePairs; }
+    /// Moves core equation i to place[i]; from then on the core's values and right-hand side are in that
+    /// order. The pairs keep theirs. Once per prepare.
+    void orderCore(const std::vector<int>& place);
+
+    /// Eliminates with diagonal[1..n] and conductance[i] for pair i. False when a pivot is not clearly
+    /// positive or not finite.
+    bool eliminate(const double* diagonal, const double* conductance);
+    /// After eliminate: the core's diagonal, the original diagonal of the same equations, both in the core's
+    /// order, and the conductance of every core pair.
+    const double* coreDiagonal() const { return m_coreDiagonal.data(); }
+    const double* coreScale() const { return m_coreScale.data(); }
+    const double* coreConductance() const;
+
+    /// Eliminates the right-hand side rhs[1..n]; the core's is then coreRhs(), to be solved in place.
+    void forward(const double* rhs);
+    double* coreRhs() { return m_solution.data() + m_eliminated; }
+    /// Finds the eliminated unknowns from the core's; x[1..n] receives all.
+    void backward(double* x);
+
+    /// Rounds of the last prepare, and how many steps over equations and pairs it took.
+    int rounds() const { return m_rounds; }
+    long long work() const { return m_work; }
+
+private:
+    /// Positions of the neighbours and the place of the value between them. An equation without neighbours
+    /// has the position past the last one, which nobody reads.
+    struct Step {
+        int a;
+        int b;
+        int fill;
+    };
+    /// Steps begin .. end - 1, all with the same number of neighbours (one, or two).
+    struct Run {
+        int begin;
+        int end;
+        bool two;
+    };
+    friend class ChainFinder;
+
+    bool eliminateOne(const Run& run, const double* diagonal);
+    bool eliminateTwo(const Run& run, const double* diagonal);
+
+    int m_size = 0;
+    int m_eliminated = 0;
+    int m_rounds = 0;
+    long long m_work = 0;
+    std::vector<int> m_equation;  // equation at each position
+    std::vector<Step> m_steps;    // per eliminated position
+    std::vector<Run> m_runs;
+    std::vector<int> m_place;  // per given pair: its place in m_values
+    std::vector<EquationPair> m_corePairs;
+    // Three values per position, then one per core pair. Before its step a position holds what the earlier
+    // ones add to its diagonal, ga and gb; afterwards 1/d, ga/d and gb/d.
+    std::vector<double> m_values;
+    std::vector<double> m_solution;  // by position
+    std::vector<double> m_coreDiagonal, m_coreScale;
+};
+
+/// Smallest pivot, relative to the equation's diagonal, that counts as clearly positive. A pivot is the
+/// diagonal less what the neighbours take; each term is rounded relative to the diagonal itself (the entries
+/// of a definite matrix never grow, Wilkinson 1968), so the pivot carries an error of a few 1e-16 of the
+/// diagonal. At 1e-13 two or three digits of it are still right; below, its sign may be an accident.
+constexpr double kSmallestPivot = 1e-13;
+
+}  // namespace lcn
