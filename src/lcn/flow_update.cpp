@@ -129,7 +129,8 @@ double FlowEnds::riseOf(const End& end, const NodeArray& nodes, const ElementArr
     return rise;
 }
 
-void FlowEnds::holdLosses(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt)
+void FlowEnds::holdLosses(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                          double dt)
 {
     for (End& end : m_ends)
         end.rise = riseOf(end, nodes, elements, var, dt);

@@ -4,12 +4,10 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <vector>
 
 #include "constants.h"
 #include "element_hydraulics.h"
 #include "friction_block.h"
-#include "viscosity.h"
 
 namespace lcn
 {
@@ -17,42 +15,18 @@ namespace lcn
 namespace
 {
 
-constexpr int kSmallestSystem = 300;         // free nodes from which the search pays
-constexpr int kMostSteps = 20;               // Newton steps
-constexpr double kClose = 1e-3;              // [-] of the flows: an iteration gains from such a start
-constexpr double kSettled = 1e-9;            // [-] of the flows: further steps gain nothing
-constexpr double kStartVelocity = 0.5;       // [m/s] that gives the first step its resistances
-constexpr double kSmallestShare = 1e-6;      // [-] of the mean flow: slopes are those of at least this flow
+constexpr int kSmallestSystem = 300;     // free nodes from which the search pays
+constexpr int kMostSteps = 20;           // Newton steps
+constexpr double kClose = 1e-3;          // [-] of the flows: an iteration gains from such a start
+constexpr double kSettled = 1e-9;        // [-] of the flows: further steps gain nothing
+constexpr double kSmallestShare = 1e-6;  // [-] of the mean flow: slopes are those of at least this flow
 constexpr double kHazenWilliamsPower = 1.85;
-constexpr int kSpecifiedLosses = 0;  // lcnNET_var::Minor
-constexpr int kNoLosses = 4;
 
-/// Where an element stands in the equations.
-struct Place {
-    int start, end;  // equations; 0 is any node that is not in the system
-    int slot;        // of its conductance
-    double outside;  // [Pa] fixed pressure at its start less fixed pressure at its end; 0 of free nodes
-};
-
-/// An element on its way to the solution.
-struct State {
-    Place place;
+/// An open element that is not in the sweep; its law is read from its record.
+struct Other {
+    int start, end, element;
     double mass;  // [kg/s]
-    double loss;  // [Pa] pressure drop of its law at that flow
-};
-
-/// A Darcy-Weisbach element: loss = (friction f + minor) m |m|.
-struct Pipe : State {
-    double toRe;       // [s/kg] Re = toRe |m|
-    double relRough;   // [-]
-    double laminar;    // [-] Cl of f = Cl / Re
-    double friction;   // [Pa s2/kg2] L / (2 D rho A^2)
-    double minor;      // [Pa s2/kg2] K / (2 rho A^2)
-};
-
-/// An element of another kind, whose law is read from its record.
-struct Other : State {
-    int element;
+    double loss;  // [Pa]
 };
 
 /// A law at a flow.
@@ -60,12 +34,6 @@ struct Law {
     double loss;   // [Pa]
     double slope;  // [Pa s/kg]
 };
-
-bool isTried(const lcnNET_var& var, double dt, int freeNodes)
-{
-    return freeNodes >= kSmallestSystem && !var.Debug && !var.compressible && dt > kSteadyTimeStep &&
-           var.flowWeight == 1.0 && (var.Minor == kSpecifiedLosses || var.Minor == kNoLosses);
-}
 
 /// Whether an element keeps its flow: it is fixed, or carries a flow target, or nothing.
 bool keepsFlow(const lcnNET_elems& elem)
@@ -78,129 +46,87 @@ double keptFlow(const lcnNET_elems& elem)
     return elem.fix != 0 || hasLaw(elem.type) ? elem.FixedFlow : 0.0;
 }
 
-/// The search and its working arrays. Equations are numbered as in the system, from 1; entry 0 of the arrays
-/// by equation collects what concerns no free node.
 class GlobalGradient
 {
 public:
     GlobalGradient(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
-                   PressureSystem& system)
-        : m_nodes(nodes), m_elements(elements), m_var(var), m_system(system)
+                   PipeSweep& pipes, NodeEquations& equations)
+        : m_nodes(nodes), m_elements(elements), m_var(var), m_pipes(pipes), m_equations(equations)
     {
-        readPressures();
-        readElements();
+        readNodes();
+        readOthers();
     }
 
-    NearStart search(CancelCallback cancel);
+    NearStart search(PressureSystem& system, std::vector<double>& corrections, CancelCallback cancel);
 
 private:
-    void readPressures();
-    void readElements();
-    double outsidePressure(const lcnNET_elems& elem, int start, int end) const;
-    Pipe pipeOf(const lcnNET_elems& elem, const Place& place) const;
-    Law lawOf(const Other& other, double mass) const;
+    void readNodes();
+    void readOthers();
+    Law lawOf(const Other& other) const;
 
     /// Takes the flows that the last solution gives, or those of the start, and assembles the equations about
-    /// them. Returns the relative change of the flows that the laws still ask for.
+    /// them. Returns the change of the flows that the laws still ask for, in parts of the flows.
     double sweep(bool isStart);
     void sweepPipes(bool isStart);
     void sweepOthers(bool isStart);
-    double difference(const Place& place) const;
-    void takeFlow(State& state) const;
-    void assemble(const State& state, const Law& law);
-    bool solve();
-    void write() const;
+    template <typename Element> double difference(const Element& element) const;
+    template <typename Element> double flowOf(const Element& element, double loss) const;
+    template <typename Element> void assemble(const Element& element, const Law& law);
+    bool solve(PressureSystem& system, std::vector<double>& corrections);
+    void write();
 
     const NodeArray& m_nodes;
     const ElementArray& m_elements;
     const lcnNET_var& m_var;
-    PressureSystem& m_system;
+    PipeSweep& m_pipes;
+    NodeEquations& m_equations;
 
-    std::vector<double> m_pressure;     // per equation [Pa]
-    std::vector<double> m_inflow;       // per equation [kg/s] net; the pressure correction [Pa] once solved
-    std::vector<double> m_diagonal;     // per equation [kg/(s Pa)]
-    std::vector<double> m_keptInflow;   // per equation [kg/s] from elements that keep their flow
-    std::vector<double> m_conductance;  // per slot [kg/(s Pa)]; the system's links come first
-    std::vector<Pipe> m_pipes;
-    std::vector<int> m_pipeElements;
+    std::vector<double> m_pressure;    // by node [Pa]
+    std::vector<double> m_keptInflow;  // by node [kg/s] from elements that keep their flow
     std::vector<Other> m_others;
     double m_totalFlow = 0.0;     // [kg/s] sum of |m| of the last sweep
     double m_missingFlow = 0.0;   // [kg/s] sum of the changes that the laws ask for
     double m_smallestFlow = 0.0;  // [kg/s] of which slopes are taken
 };
 
-void GlobalGradient::readPressures()
+void GlobalGradient::readNodes()
 {
-    const auto size = static_cast<std::size_t>(m_system.size()) + 1;
-    m_pressure.assign(size, 0.0);
-    m_keptInflow.assign(size, 0.0);
-    m_inflow.resize(size);
-    m_diagonal.resize(size);
-    for (int r = 1; r <= m_system.size(); ++r)
-        m_pressure[static_cast<std::size_t>(r)] = m_nodes[m_system.nodeOf(r)].Pressure;
+    m_pressure.assign(static_cast<std::size_t>(m_var.NodeTotal) + 1, 0.0);
+    for (int i = 1; i <= m_var.NodeTotal; ++i)
+        m_pressure[static_cast<std::size_t>(i)] = m_nodes[i].Pressure;
+    m_keptInflow = m_pipes.givenInflow();
 }
 
-void GlobalGradient::readElements()
+void GlobalGradient::readOthers()
 {
-    m_pipes.reserve(static_cast<std::size_t>(m_var.ElemTotal));
-    m_pipeElements.reserve(static_cast<std::size_t>(m_var.ElemTotal));
-    int nextLink = 0;
-    int nextOneSided = m_system.links();
-    for (int e = 1; e <= m_var.ElemTotal; ++e) {
+    for (const int e : m_pipes.others()) {
         const lcnNET_elems& elem = m_elements[e];
-        const int start = m_system.equationOf(elem.LocalStartNode);
-        const int end = m_system.equationOf(elem.LocalEndNode);
-        const bool isLink = start != 0 && end != 0;
-        if (start == end) continue;  // of no equation, or a loop from a node to itself
-        const int slot = isLink ? nextLink++ : nextOneSided++;
+        const int start = elem.LocalStartNode;
+        const int end = elem.LocalEndNode;
+        if (start == end || (m_nodes[start].flag != kFreeNode && m_nodes[end].flag != kFreeNode)) continue;
+        m_equations.coef[static_cast<std::size_t>(e)] = 0.0;
         if (keepsFlow(elem)) {
             m_keptInflow[static_cast<std::size_t>(start)] -= keptFlow(elem);
             m_keptInflow[static_cast<std::size_t>(end)] += keptFlow(elem);
-            continue;
-        }
-        const Place place{start, end, slot, outsidePressure(elem, start, end)};
-        if (isDarcyWeisbach(elem.type)) {
-            m_pipes.push_back(pipeOf(elem, place));
-            m_pipeElements.push_back(e);
         } else {
-            m_others.push_back({{place, 0.0, 0.0}, e});
+            m_others.push_back({start, end, e, elem.Massflow, 0.0});
         }
     }
-    m_conductance.assign(static_cast<std::size_t>(nextOneSided), 0.0);
 }
 
-double GlobalGradient::outsidePressure(const lcnNET_elems& elem, int start, int end) const
-{
-    return (start == 0 ? m_nodes[elem.LocalStartNode].Pressure : 0.0) -
-           (end == 0 ? m_nodes[elem.LocalEndNode].Pressure : 0.0);
-}
-
-/// Weisbach (1845), Darcy (1857), in terms of the mass flow.
-Pipe GlobalGradient::pipeOf(const lcnNET_elems& elem, const Place& place) const
-{
-    const double dynamic = 0.5 / (elem.density * elem.Area * elem.Area);  // [Pa s2/kg2] of rho V^2 / 2
-    Pipe pipe{};
-    pipe.place = place;
-    pipe.mass = kStartVelocity * elem.density * elem.Area;
-    pipe.toRe = elem.diam / (elem.Area * viscosity(m_var, elem.Temperature));
-    pipe.relRough = elem.rough / elem.diam;
-    pipe.laminar = elem.LaminarFactor;
-    pipe.friction = elem.length / elem.diam * dynamic;
-    pipe.minor = elem.k * dynamic;
-    return pipe;
-}
-
-Law GlobalGradient::lawOf(const Other& other, double mass) const
+Law GlobalGradient::lawOf(const Other& other) const
 {
     lcnNET_elems& elem = m_elements[other.element];
     const double kept = elem.Massflow;
-    elem.Massflow = mass;
+    const double keptFriction = elem.friction;
+    elem.Massflow = other.mass;
     LinearisedLaw law;
     linearise(m_nodes, m_elements, m_var, other.element, law);
     elem.Massflow = kept;
+    elem.friction = keptFriction;
 
     const double rho = elem.density;
-    const double Q = mass / rho;
+    const double Q = other.mass / rho;
     const double magnitude = std::fmax(std::fabs(Q), m_smallestFlow / rho);
     if (isCurve(elem.type)) return {law.c0 + law.c1 * Q, law.c1 / rho};
     if (isQuadratic(elem.type)) return {law.r2 * rho * Q * std::fabs(Q), 2.0 * law.r2 * magnitude};
@@ -211,60 +137,60 @@ Law GlobalGradient::lawOf(const Other& other, double mass) const
     return {rho * Q * (ofPower + law.r2 * std::fabs(Q)), n * ofPower + 2.0 * law.r2 * magnitude};
 }
 
-double GlobalGradient::difference(const Place& place) const
+template <typename Element> double GlobalGradient::difference(const Element& element) const
 {
-    return m_pressure[static_cast<std::size_t>(place.start)] - m_pressure[static_cast<std::size_t>(place.end)] +
-           place.outside;
+    return m_pressure[static_cast<std::size_t>(element.start)] -
+           m_pressure[static_cast<std::size_t>(element.end)];
 }
 
-/// The flow at which the law, as it was linearised, meets the new pressures.
-void GlobalGradient::takeFlow(State& state) const
+/// The flow [kg/s] at which the law, as it was linearised last, meets the new pressures.
+template <typename Element> double GlobalGradient::flowOf(const Element& element, double loss) const
 {
-    const double conductance = m_conductance[static_cast<std::size_t>(state.place.slot)];
-    state.mass += conductance * (difference(state.place) - state.loss);
+    const double conductance = m_equations.coef[static_cast<std::size_t>(element.element)];
+    return element.mass + conductance * (difference(element) - loss);
 }
 
-void GlobalGradient::assemble(const State& state, const Law& law)
+template <typename Element> void GlobalGradient::assemble(const Element& element, const Law& law)
 {
     const double conductance = std::fmin(1.0 / law.slope, kLargeConductance);
-    const double missing = conductance * (difference(state.place) - law.loss);
-    const double linearised = state.mass + missing;
-    m_totalFlow += std::fabs(state.mass);
+    const double missing = conductance * (difference(element) - law.loss);
+    const double linearised = element.mass + missing;
+    m_totalFlow += std::fabs(element.mass);
     m_missingFlow += std::fabs(missing);
 
-    const auto start = static_cast<std::size_t>(state.place.start);
-    const auto end = static_cast<std::size_t>(state.place.end);
-    m_conductance[static_cast<std::size_t>(state.place.slot)] = conductance;
-    m_diagonal[start] += conductance;
-    m_diagonal[end] += conductance;
-    m_inflow[start] -= linearised;
-    m_inflow[end] += linearised;
+    const auto start = static_cast<std::size_t>(element.start);
+    const auto end = static_cast<std::size_t>(element.end);
+    m_equations.coef[static_cast<std::size_t>(element.element)] = conductance;
+    m_equations.diag[start] += conductance;
+    m_equations.diag[end] += conductance;
+    m_equations.rhs[start] -= linearised;
+    m_equations.rhs[end] += linearised;
 }
 
+/// During the search a pipe's estimate is its loss [Pa]. The first step goes from rest along the line through the
+/// loss at the estimate that the pipe came with: no direction is favoured before the pressures give one.
 void GlobalGradient::sweepPipes(bool isStart)
 {
-    std::array<double, kFrictionBlock> Re{}, relRough{}, laminar{}, f{}, slope{};
-    for (std::size_t first = 0; first < m_pipes.size(); first += kFrictionBlock) {
-        const std::size_t count = std::min<std::size_t>(kFrictionBlock, m_pipes.size() - first);
+    std::array<double, kFrictionBlock> magnitude{}, Re{}, relRough{}, laminar{}, f{}, slope{};
+    std::vector<PipeSweep::Pipe>& pipes = m_pipes.pipes();
+    for (std::size_t first = 0; first < pipes.size(); first += kFrictionBlock) {
+        const std::size_t count = std::min<std::size_t>(kFrictionBlock, pipes.size() - first);
         for (std::size_t i = 0; i < count; ++i) {
-            Pipe& pipe = m_pipes[first + i];
-            if (!isStart) takeFlow(pipe);
-            Re[i] = pipe.toRe * std::fmax(std::fabs(pipe.mass), m_smallestFlow);
+            PipeSweep::Pipe& pipe = pipes[first + i];
+            pipe.mass = isStart ? 0.0 : flowOf(pipe, pipe.estimate);
+            magnitude[i] = isStart ? pipe.estimate : std::fmax(std::fabs(pipe.mass), m_smallestFlow);
+            Re[i] = pipe.toRe * magnitude[i];
             relRough[i] = pipe.relRough;
             laminar[i] = pipe.laminar;
         }
-        frictionLawBlock(m_var.FrictionMethod, Re.data(), relRough.data(), laminar.data(), f.data(), slope.data(),
-                         static_cast<int>(count));
+        frictionLawBlock(m_var.FrictionMethod, Re.data(), relRough.data(), laminar.data(), f.data(),
+                         slope.data(), static_cast<int>(count));
         for (std::size_t i = 0; i < count; ++i) {
-            Pipe& pipe = m_pipes[first + i];
-            const double magnitude = std::fmax(std::fabs(pipe.mass), m_smallestFlow);
-            const double ofFriction = pipe.friction * f[i];
-            const double secant = (ofFriction + pipe.minor) * magnitude;
-            // at the start a line from rest: the flow has no direction yet
-            if (isStart) pipe.mass = 0.0;
-            pipe.loss = secant * pipe.mass;
-            const double slopeOfLoss = isStart ? secant : 2.0 * secant + ofFriction * magnitude * slope[i];
-            assemble(pipe, {pipe.loss, slopeOfLoss});
+            PipeSweep::Pipe& pipe = pipes[first + i];
+            const double ofFriction = pipe.friction * f[i] * magnitude[i];
+            const double secant = ofFriction + pipe.minor * magnitude[i];
+            pipe.estimate = secant * pipe.mass;
+            assemble(pipe, {pipe.estimate, isStart ? secant : 2.0 * secant + ofFriction * slope[i]});
         }
     }
 }
@@ -272,11 +198,8 @@ void GlobalGradient::sweepPipes(bool isStart)
 void GlobalGradient::sweepOthers(bool isStart)
 {
     for (Other& other : m_others) {
-        if (isStart)
-            other.mass = m_elements[other.element].Massflow;
-        else
-            takeFlow(other);
-        const Law law = lawOf(other, other.mass);
+        if (!isStart) other.mass = flowOf(other, other.loss);
+        const Law law = lawOf(other);
         other.loss = law.loss;
         assemble(other, law);
     }
@@ -284,46 +207,46 @@ void GlobalGradient::sweepOthers(bool isStart)
 
 double GlobalGradient::sweep(bool isStart)
 {
-    std::fill(m_diagonal.begin(), m_diagonal.end(), 0.0);
-    std::copy(m_keptInflow.begin(), m_keptInflow.end(), m_inflow.begin());
+    std::fill(m_equations.diag.begin(), m_equations.diag.end(), 0.0);
+    std::copy(m_keptInflow.begin(), m_keptInflow.end(), m_equations.rhs.begin());
     m_totalFlow = 0.0;
     m_missingFlow = 0.0;
     sweepPipes(isStart);
     sweepOthers(isStart);
-    const auto count = static_cast<double>(m_pipes.size() + m_others.size());
-    m_smallestFlow = kSmallestShare * m_totalFlow / std::fmax(count, 1.0);
+    m_smallestFlow = kSmallestShare * m_totalFlow / m_var.ElemTotal;
     return m_missingFlow / std::fmax(m_totalFlow, kTiny);
 }
 
 /// Corrects the pressures. False when the equations have no solution.
-bool GlobalGradient::solve()
+bool GlobalGradient::solve(PressureSystem& system, std::vector<double>& corrections)
 {
-    for (double& conductance : m_diagonal)
+    for (double& conductance : m_equations.diag)
         if (conductance < kTiny) conductance = kLargeConductance;  // a node between given flows
-    if (!m_system.solve(m_diagonal.data(), m_conductance.data(), m_inflow.data())) return false;
-    m_inflow[0] = 0.0;
-    for (std::size_t r = 1; r < m_pressure.size(); ++r)
-        m_pressure[r] += m_inflow[r];
+    if (!system.solveFast(m_equations, corrections)) return false;
+    for (std::size_t i = 1; i < m_pressure.size(); ++i)
+        m_pressure[i] += corrections[i];
     return true;
 }
 
-void GlobalGradient::write() const
+void GlobalGradient::write()
 {
-    for (int r = 1; r <= m_system.size(); ++r)
-        m_nodes[m_system.nodeOf(r)].Pressure = m_pressure[static_cast<std::size_t>(r)];
-    for (std::size_t i = 0; i < m_pipes.size(); ++i)
-        m_elements[m_pipeElements[i]].Massflow = m_pipes[i].mass;
+    for (int i = 1; i <= m_var.NodeTotal; ++i)
+        m_nodes[i].Pressure = m_pressure[static_cast<std::size_t>(i)];
     for (const Other& other : m_others)
         m_elements[other.element].Massflow = other.mass;
+    m_pipes.updateFriction(m_var);
 }
 
-NearStart GlobalGradient::search(CancelCallback cancel)
+NearStart GlobalGradient::search(PressureSystem& system, std::vector<double>& corrections,
+                                 CancelCallback cancel)
 {
+    // what each element may miss for their sum to meet the criterion
+    const double settled = std::fmin(kSettled, 2.0 * m_var.Concrit / m_var.ElemTotal);
     sweep(true);
     double missing = 1.0;
-    for (int step = 0; step < kMostSteps && missing > kSettled; ++step) {
+    for (int step = 0; step < kMostSteps && missing > settled; ++step) {
         if (cancel != nullptr && cancel()) return NearStart::kCancelled;
-        if (!solve()) return NearStart::kNotFound;
+        if (!solve(system, corrections)) return NearStart::kNotFound;
         missing = sweep(false);
         if (!std::isfinite(missing) || !std::isfinite(m_totalFlow)) return NearStart::kNotFound;
     }
@@ -335,10 +258,15 @@ NearStart GlobalGradient::search(CancelCallback cancel)
 }  // namespace
 
 NearStart startNearSolution(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
-                            double dt, PressureSystem& system, CancelCallback cancel)
+                            PipeSweep& pipes, PressureSystem& system, NodeEquations& equations,
+                            std::vector<double>& corrections, CancelCallback cancel)
 {
-    if (!isTried(var, dt, system.size())) return NearStart::kNotTried;
-    return GlobalGradient(nodes, elements, var, system).search(cancel);
+    if (!pipes.isUsed() || var.Debug || system.size() < kSmallestSystem) return NearStart::kNotTried;
+    std::fill(corrections.begin(), corrections.end(), 0.0);
+    const NearStart outcome =
+        GlobalGradient(nodes, elements, var, pipes, equations).search(system, corrections, cancel);
+    if (outcome != NearStart::kFound) pipes.readFlows(elements, var);
+    return outcome;
 }
 
 }  // namespace lcn

@@ -55,7 +55,8 @@ int findTracedNode(const NodeArray& nodes, const lcnNET_var& var)
 
 /// Friction factors at the present flows, once per iteration: the law is used again, unchanged, by the
 /// pressures of flow ends, the pressure measure and the next linearisation.
-void updateFrictionFactors(const ElementArray& elements, const lcnNET_var& var, const std::vector<int>& listed)
+void updateFrictionFactors(const ElementArray& elements, const lcnNET_var& var,
+                           const std::vector<int>& listed)
 {
     for (const int e : listed)
         if (isDarcyWeisbach(elements[e].type)) frictionFactor(elements[e], var);
@@ -253,9 +254,10 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     system.prepare(nodes, elements, var);
     traceHeader(var);
     minorLosses.start(elements, var);
-    if (paths.startsNearSolution)
-        stopped = startNearSolution(nodes, elements, var, dt, system, cancel) == NearStart::kCancelled;
     pipes.prepare(nodes, elements, var, dt, paths.sweepsPipes);
+    if (paths.startsNearSolution)
+        stopped = startNearSolution(nodes, elements, var, pipes, system, equations, corrections, cancel) ==
+                  NearStart::kCancelled;
     updateFrictionFactors(elements, var, pipes.others());
     if (pipes.isUsed()) flowEnds.holdLosses(nodes, elements, var, dt);
 

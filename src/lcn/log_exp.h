@@ -23,10 +23,10 @@ inline constexpr std::uint64_t kExponentBias = 1023;
 inline constexpr int kFractionBits = 52;
 inline constexpr std::uint64_t kTwoTo52 = 0x4330000000000000;        // bits of 2^52
 inline constexpr std::uint64_t kAboveRootHalf = 0x00095f619980c433;  // 1.0 - sqrt(0.5), in bits
-inline constexpr double kRound = 6755399441055744.0;                 // 1.5 x 2^52: adding it rounds to integers
-inline constexpr double kLn2High = 0x1.62e42fee00000p-1;             // ln 2, its first 32 bits
-inline constexpr double kLn2Low = 0x1.a39ef35793c76p-33;             // and the rest
-inline constexpr double kPerLn2 = 0x1.71547652b82fep+0;              // 1 / ln 2
+inline constexpr double kRound = 6755399441055744.0;      // 1.5 x 2^52: adding it rounds to integers
+inline constexpr double kLn2High = 0x1.62e42fee00000p-1;  // ln 2, its first 32 bits
+inline constexpr double kLn2Low = 0x1.a39ef35793c76p-33;  // and the rest
+inline constexpr double kPerLn2 = 0x1.71547652b82fep+0;   // 1 / ln 2
 
 TAVELL_ALWAYS_INLINE std::uint64_t of(double x)
 {
@@ -71,10 +71,14 @@ TAVELL_ALWAYS_INLINE double expOf(double x)
     const double r = (x - k * bits::kLn2High) - k * bits::kLn2Low;
     const double q = r * r;
     const double odd =
-        1.0 + q * (1.0 / 6 +
-                   q * (1.0 / 120 + q * (1.0 / 5040 + q * (1.0 / 362880 + q * (1.0 / 39916800 + q * (1.0 / 6227020800.0))))));
+        1.0 +
+        q * (1.0 / 6 +
+             q * (1.0 / 120 +
+                  q * (1.0 / 5040 + q * (1.0 / 362880 + q * (1.0 / 39916800 + q * (1.0 / 6227020800.0))))));
     const double even =
-        q * (1.0 / 2 + q * (1.0 / 24 + q * (1.0 / 720 + q * (1.0 / 40320 + q * (1.0 / 3628800 + q * (1.0 / 479001600))))));
+        q *
+        (1.0 / 2 +
+         q * (1.0 / 24 + q * (1.0 / 720 + q * (1.0 / 40320 + q * (1.0 / 3628800 + q * (1.0 / 479001600))))));
     const double power = 1.0 + (r * odd + even);
     return bits::toDouble(bits::of(power) + (bits::of(shifted) << bits::kFractionBits));
 }

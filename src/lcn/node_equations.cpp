@@ -225,8 +225,9 @@ void clearNodeEquations(NodeEquations& equations)
     equations.withoutDrop.clear();
 }
 
-void addToNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt,
-                        const std::vector<int>& listed, NodeEquations& equations, Friction friction)
+void addToNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                        double dt, const std::vector<int>& listed, NodeEquations& equations,
+                        Friction friction)
 {
     const double w = var.flowWeight;
     for (const int e : listed) {

@@ -47,8 +47,9 @@ ElementEquation elementEquation(const NodeArray& nodes, const ElementArray& elem
 void clearNodeEquations(NodeEquations& equations);
 
 /// Adds the parts of the listed elements for the time step dt [s].
-void addToNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt,
-                        const std::vector<int>& listed, NodeEquations& equations, Friction friction);
+void addToNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                        double dt, const std::vector<int>& listed, NodeEquations& equations,
+                        Friction friction);
 
 /// Completes the equations once all elements are in them: nodes that are not free, nodes without conductance,
 /// elements at rest, storage.

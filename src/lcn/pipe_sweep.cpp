@@ -22,12 +22,14 @@ namespace
 
 constexpr int kSpecifiedLosses = 0;  // lcnNET_var::Minor
 constexpr int kNoLosses = 4;
+constexpr double kUsualVelocity = 0.5;  // [m/s]
 
 /// Whether nothing but flows and pressures changes during the iteration.
 bool applies(const lcnNET_var& var, double dt)
 {
     return !var.compressible && dt > kSteadyTimeStep && var.flowWeight == 1.0 &&
-           (var.Minor == kSpecifiedLosses || var.Minor == kNoLosses) && !(var.ViscosityLaw && var.Energy == 1);
+           (var.Minor == kSpecifiedLosses || var.Minor == kNoLosses) &&
+           !(var.ViscosityLaw && var.Energy == 1);
 }
 
 bool isFree(const lcnNET_nodes& node)
@@ -49,8 +51,8 @@ double signOf(double x)
 
 }  // namespace
 
-void PipeSweep::prepare(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt,
-                        bool isWanted)
+void PipeSweep::prepare(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                        double dt, bool isWanted)
 {
     m_pipes.clear();
     m_others.clear();
@@ -79,6 +81,7 @@ void PipeSweep::prepare(const NodeArray& nodes, const ElementArray& elements, co
             const double dynamic = 0.5 / (elem.Area * elem.Area) / elem.density;
             Pipe pipe{};
             pipe.mass = elem.Massflow;
+            pipe.estimate = kUsualVelocity * elem.density * elem.Area;
             pipe.toRe = reynoldsPerFlow(elem, viscosity(var, elem.Temperature));
             pipe.relRough = elem.rough / elem.diam;
             pipe.laminar = elem.LaminarFactor;
@@ -94,6 +97,13 @@ void PipeSweep::prepare(const NodeArray& nodes, const ElementArray& elements, co
         }
     }
     m_pressure.resize(static_cast<std::size_t>(var.NodeTotal) + 1);
+    updateFriction(var);
+}
+
+void PipeSweep::readFlows(const ElementArray& elements, const lcnNET_var& var)
+{
+    for (Pipe& pipe : m_pipes)
+        pipe.mass = elements[pipe.element].Massflow;
     updateFriction(var);
 }
 

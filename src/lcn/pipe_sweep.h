@@ -48,23 +48,28 @@ public:
     /// Sum of |(pressure between the nodes - loss) / mean pressure| [-].
     double pressureMisses(const NodeArray& nodes, const lcnNET_var& var);
 
+    /// dp = (friction f + minor) m |m|.
+    struct Pipe {
+        double mass;      // [kg/s]
+        double estimate;  // [kg/s] at a usual velocity; from the first assembly on what the pressures give
+        double toRe;      // [s/kg] Re = toRe |m|
+        double relRough;  // [-]
+        double laminar;   // [-] Cl of f = Cl / Re
+        double f;         // [-]
+        double friction;  // [Pa s2/kg2] L / (2 D rho A^2)
+        double minor;     // [Pa s2/kg2] K / (2 rho A^2)
+        int start, end, element;
+    };
+    std::vector<Pipe>& pipes() { return m_pipes; }
+    /// Net inflow [kg/s] by node of the given flows.
+    const std::vector<double>& givenInflow() const { return m_givenInflow; }
+    /// Takes the flows from the records again.
+    void readFlows(const ElementArray& elements, const lcnNET_var& var);
+
     /// Brings Massflow, MassflowOld and friction of the records up to date.
     void write(const ElementArray& elements) const;
 
 private:
-    /// dp = (friction f + minor) m |m|.
-    struct Pipe {
-        double mass;         // [kg/s]
-        double estimate;     // [kg/s] that the law gives for the pressures of the last assembly
-        double toRe;         // [s/kg] Re = toRe |m|
-        double relRough;     // [-]
-        double laminar;      // [-] Cl of f = Cl / Re
-        double f;            // [-]
-        double friction;     // [Pa s2/kg2] L / (2 D rho A^2)
-        double minor;        // [Pa s2/kg2] K / (2 rho A^2)
-        int start, end, element;
-    };
-
     void readPressures(const NodeArray& nodes);
     void updateFriction(const lcnNET_var& var, std::size_t first, std::size_t count);
 

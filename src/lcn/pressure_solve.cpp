@@ -84,19 +84,12 @@ const lcnSparseMat& PressureSystem::matrix()
     return m_matrix;
 }
 
-bool PressureSystem::solve(const double* diagonal, const double* conductance, double* rhs)
+bool PressureSystem::solveFast(const NodeEquations& equations, std::vector<double>& corrections)
 {
     if (!m_isFactorPrepared) {
         m_factor.prepare(size(), m_pairs);
         m_isFactorPrepared = true;
     }
-    if (!m_factor.factorise(diagonal, conductance)) return false;
-    m_factor.solve(rhs);
-    return true;
-}
-
-bool PressureSystem::solveFast(const NodeEquations& equations, std::vector<double>& corrections)
-{
     m_diagonal.resize(m_freeNodes.size());
     m_rhs.resize(m_freeNodes.size());
     m_conductance.resize(m_links.size());
@@ -107,7 +100,8 @@ bool PressureSystem::solveFast(const NodeEquations& equations, std::vector<doubl
     }
     for (std::size_t i = 0; i < m_links.size(); ++i)
         m_conductance[i] = equations.coef[static_cast<std::size_t>(m_links[i])];
-    if (!solve(m_diagonal.data(), m_conductance.data(), m_rhs.data())) return false;
+    if (!m_factor.factorise(m_diagonal.data(), m_conductance.data())) return false;
+    m_factor.solve(m_rhs.data());
     for (std::size_t r = 1; r < m_freeNodes.size(); ++r)
         corrections[static_cast<std::size_t>(m_freeNodes[r])] = m_rhs[r];
     return true;

@@ -34,32 +34,27 @@ public:
     /// singular unsymmetric one raises FatalException.
     int solvePressures(lcnNET_var& var, const NodeEquations& equations, std::vector<double>& corrections);
 
+    /// The same by SparseFactor alone, and only the corrections of free nodes are written. False, with nothing
+    /// recorded, when a pivot is not clearly positive.
+    bool solveFast(const NodeEquations& equations, std::vector<double>& corrections);
+
     /// Number of equations.
     int size() const { return static_cast<int>(m_freeNodes.size()) - 1; }
-    /// Equation 1..size of a node; 0 when it is not free.
-    int equationOf(int node) const { return m_equation[static_cast<std::size_t>(node)]; }
-    int nodeOf(int equation) const { return m_freeNodes[static_cast<std::size_t>(equation)]; }
-    /// Number of elements between two different free nodes.
-    int links() const { return static_cast<int>(m_links.size()); }
-
-    /// Solves for the matrix with diagonal[1..size] and -conductance[i] for link i, counted from 0 in element
-    /// order; rhs[1..size] becomes the solution. False, with nothing recorded, when SparseFactor cannot.
-    bool solve(const double* diagonal, const double* conductance, double* rhs);
 
     /// The reference matrix, laid out when it was needed first.
     const lcnSparseMat& matrix();
 
 private:
-    bool solveFast(const NodeEquations& equations, std::vector<double>& corrections);
+    int equationOf(int node) const { return m_equation[static_cast<std::size_t>(node)]; }
     void layOutMatrix();
     void fillMatrix(const NodeEquations& equations);
     void reportStatus(lcnNET_var& var, int reason);
     double lumpedCorrection(const NodeEquations& equations) const;
 
     Factorisation m_first;
-    std::vector<int> m_equation;   // per node: 1..n, 0 when not free
-    std::vector<int> m_freeNodes;  // per equation 1..n: its node
-    std::vector<int> m_links;      // elements between two free nodes
+    std::vector<int> m_equation;        // per node: 1..n, 0 when not free
+    std::vector<int> m_freeNodes;       // per equation 1..n: its node
+    std::vector<int> m_links;           // elements between two free nodes
     std::vector<EquationPair> m_pairs;  // their equations
     std::set<int> m_reported;           // reasons recorded so far
 
