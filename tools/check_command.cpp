@@ -46,10 +46,9 @@ int endUnread(const CheckArguments& arguments, const tavell::Answer<tavell::Netw
 
 int check(const CheckArguments& arguments)
 {
-    const auto network = openNetwork(arguments.source);
+    const auto network = openExamined(arguments.source);
     if (!network) return endUnread(arguments, network);
-    tavell::Findings findings = network.findings();
-    findings.append(network->examine());
+    const tavell::Findings& findings = network.findings();
     return print(arguments, findings, findings.hasErrors() ? kNotConverged : kConverged);
 }
 
@@ -64,10 +63,9 @@ tavell::Answer<tavell::Result> quietSolve(const tavell::Network& network, Progre
 
 int diagnose(const CheckArguments& arguments)
 {
-    const auto network = openNetwork(arguments.source);
+    const auto network = openExamined(arguments.source);
     if (!network) return endUnread(arguments, network);
     tavell::Findings findings = network.findings();
-    findings.append(network->examine());
 
     ProgressLine line;
     const auto result = quietSolve(*network, line);

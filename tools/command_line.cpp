@@ -120,6 +120,14 @@ void NetworkSource::addOptions(CLI::App& command)
     command.add_option("--time", time, "of an EPANET file: when its patterns are taken")->type_name("HH:MM");
     command.add_flag("--freeze-valves", freezesValves,
                      "of an EPANET file: pressure valves stand as they are");
+    command.parse_complete_callback([this] { refuseUnusedOptions(); });
+}
+
+void NetworkSource::refuseUnusedOptions() const
+{
+    if (isInp() || (!time && !freezesValves)) return;
+    throw CLI::ValidationError(time ? "--time" : "--freeze-valves",
+                               "is for EPANET files (.inp) only, and " + path + " is none by its name");
 }
 
 bool NetworkSource::isInp() const
@@ -144,6 +152,17 @@ tavell::Answer<tavell::Network> openNetwork(const NetworkSource& source)
     findings.append(scenario.findings());
     if (!scenario) return {scenario.status(), std::nullopt, findings};
     return {scenario.status(), std::move(*scenario), findings};
+}
+
+tavell::Answer<tavell::Network> openExamined(const NetworkSource& source)
+{
+    if (!source.scenario)
+        return tavell::Network::readAndExamine(source.path, source.isInp() ? importOptions(source) : "");
+    auto network = openNetwork(source);
+    if (!network) return network;
+    tavell::Findings findings = network.findings();
+    findings.append(network->examine());
+    return {network.status(), std::move(*network), findings};
 }
 
 std::optional<tavell::Network> readNetwork(const NetworkSource& source)

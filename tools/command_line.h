@@ -67,12 +67,17 @@ struct NetworkSource {
     bool isInp() const;
     /// The files that the path names.
     std::vector<std::string> files() const;
+
+private:
+    void refuseUnusedOptions() const;
 };
 
 /// Reads a network with its scenario. Says what was found.
 std::optional<tavell::Network> readNetwork(const NetworkSource& source);
 /// The same, findings to be said by the caller.
 tavell::Answer<tavell::Network> openNetwork(const NetworkSource& source);
+/// The same, with all that an examination finds: also in a network that is not given out, as far as it has one.
+tavell::Answer<tavell::Network> openExamined(const NetworkSource& source);
 
 /// Says whether a file can be written to a path, before the work that leads to it: it is no directory, has a
 /// name and is none of the files that are read.

@@ -83,6 +83,9 @@ std::string bashScript(const CLI::App& program)
            "    local word=\"${COMP_WORDS[COMP_CWORD]}\" before=\"${COMP_WORDS[COMP_CWORD-1]}\" "
            "command=\"${COMP_WORDS[1]}\"\n"
            "    COMPREPLY=()\n"
+           "    # The shell splits --option=value at the sign.\n"
+           "    [[ $word == '=' ]] && word=''\n"
+           "    [[ $before == '=' ]] && before=\"${COMP_WORDS[COMP_CWORD-2]}\"\n"
            "    [[ $COMP_CWORD -eq 1 ]] && command=''\n"
            "    case \"$command $before\" in\n" +
            values + "        ' '*) " + bashWords(first) +
@@ -122,7 +125,10 @@ std::string zshArguments(const CLI::App& command)
             continue;
         }
         for (const std::string& name : shape.names) {
-            std::string form = name + '[' + zshMeaning(shape.meaning) + ']';
+            // "--option=" takes its value behind the sign as well as in the next word.
+            const bool isLong = name.compare(0, 2, "--") == 0;
+            std::string form =
+                name + (isLong && !shape.value.empty() ? "=" : "") + '[' + zshMeaning(shape.meaning) + ']';
             if (!shape.value.empty()) form += ":value:" + zshAction(shape);
             text += " \\\n                " + quoted(form, "'\\''");
         }

@@ -271,6 +271,13 @@ public:
             return tvkReadNetwork(path.c_str(), network, findings);
         });
     }
+    /// The same, and examined: also a network with errors, as far as its parts have a meaning.
+    static Answer<Network> readAndExamine(const std::string& path, const std::string& options = "")
+    {
+        return make([&](tvkNetwork** network, tvkFindings* findings) {
+            return tvkReadAndExamine(path.c_str(), options.c_str(), network, findings);
+        });
+    }
     static Answer<Network> readText(std::string_view text, const std::string& name = "")
     {
         return make([&](tvkNetwork** network, tvkFindings* findings) {

@@ -134,6 +134,11 @@ TVK_API tvkStatus tvkCopyNetwork(const tvkNetwork* network, tvkNetwork** copy, t
  * "NODES.csv,ELEMENTS.csv" is a pair of tables, everything else is a network file (JSON). Everything that is
  * wrong is found, not the first thing only. */
 TVK_API tvkStatus tvkReadNetwork(const char* path, tvkNetwork** network, tvkFindings* findings);
+/** Reads a network as tvkReadNetwork does and examines it as tvkExamine does: also one that is not given out, as
+ * far as its errors leave its nodes and elements their meaning, so that all there is to say is in one list.
+ * options are those of tvkImportInp, for "*.inp"; may be null. */
+TVK_API tvkStatus tvkReadAndExamine(const char* path, const char* options, tvkNetwork** network,
+                                    tvkFindings* findings);
 /** A network file that is in memory. name stands for the file in findings; it may be null. */
 TVK_API tvkStatus tvkReadNetworkText(const char* text, size_t size, const char* name, tvkNetwork** network,
                                      tvkFindings* findings);
@@ -276,7 +281,8 @@ TVK_API tvkStatus tvkReadResult(const char* path, tvkResult** result, tvkFinding
 /* Checking */
 
 /** Examines a network before a solve. TVK_OK when that was done, whatever was found; TVK_BAD_INPUT for a
- * network that no file could hold, without nodes or pressures for example, which is not looked at further. */
+ * network that no file could hold, without nodes or pressures for example, which is looked at further only as
+ * far as its parts have a meaning. */
 TVK_API tvkStatus tvkExamine(const tvkNetwork* network, tvkFindings* findings);
 /** Examines a result, converged or not; what tvkExamine says of its network is not repeated. */
 TVK_API tvkStatus tvkDiagnose(const tvkResult* result, tvkFindings* findings);
@@ -298,13 +304,13 @@ TVK_API tvkStatus tvkVerify(const tvkResult* result, tvkFindings* findings);
 TVK_API tvkStatus tvkWriteReport(const tvkResult* result, const char* path, const char* options,
                                  tvkFindings* findings);
 /** A picture, by the ending of path: ".svg" or ".png". result may be null; the network is then drawn without
- * values. Options: "units"; "view": "plan", "elevation" or "isometric"; "quantity": what the network is
+ * values; one of a network with other nodes or elements is refused. Options: "units"; "view": "plan", "elevation" or "isometric"; "quantity": what the network is
  * coloured by, "none", "pressure", "head", "velocity", "mass_flow", "volume_flow" or "temperature"; "width":
  * [pixel]; "scale": pixels of a PNG per pixel of the drawing. */
 TVK_API tvkStatus tvkWritePicture(const tvkNetwork* network, const tvkResult* result, const char* path,
                                   const char* options, tvkFindings* findings);
 /** A file for other tools, by the ending of path: ".vtu" (ParaView), ".geojson" (QGIS), ".graphml". result
- * may be null; one with another number of nodes or elements than the network is refused. */
+ * may be null; one of a network with other nodes or elements, by name and ends, is refused. */
 TVK_API tvkStatus tvkWriteExport(const tvkNetwork* network, const tvkResult* result, const char* path,
                                  tvkFindings* findings);
 

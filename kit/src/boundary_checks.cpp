@@ -43,6 +43,7 @@ public:
         : m_network(network), m_of(of), m_pointer(pointer), m_findings(findings),
           m_elementCount(network.nodes.size(), 0), m_openCount(network.nodes.size(), 0)
     {
+        if (network.nodes.empty()) return;
         for (const Element& element : network.elements) {
             for (const std::size_t node : {element.from, element.to}) {
                 ++m_elementCount[node];

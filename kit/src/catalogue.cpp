@@ -14,14 +14,18 @@ namespace
 // 1944, where Moody has the surface. Hazen-Williams C: L. A. Rossman and others, EPANET 2.2 User Manual, US
 // EPA 2020, table 3.2, the lower end of its ranges. K: B. R. Munson and others, Fundamentals of Fluid
 // Mechanics, 7th edition, Wiley 2013, table 8.2; entrances and exit by its figures 8.22 and 8.25.
-const char* const kWhite = "roughness: White, Fluid Mechanics, table 6.1";
-const char* const kMoody = "roughness: Moody 1944, drawn tubing";
-const char* const kWhiteAndEpanet =
-    "roughness: White, Fluid Mechanics, table 6.1; C: EPANET 2.2 User Manual, table 3.2";
-const char* const kEpanet = "C: EPANET 2.2 User Manual, table 3.2";
-const char* const kMunson = "Munson and others, Fundamentals of Fluid Mechanics, table 8.2";
-const char* const kMunsonEntrance = "Munson and others, Fundamentals of Fluid Mechanics, figure 8.22";
-const char* const kMunsonExit = "Munson and others, Fundamentals of Fluid Mechanics, figure 8.25";
+const char* const kWhite = "roughness: White, Fluid Mechanics, 7th ed., McGraw-Hill 2011, table 6.1";
+const char* const kMoody = "roughness: Moody, Trans. ASME 66, 1944, drawn tubing";
+const char* const kWhiteAndEpanet = "roughness: White, Fluid Mechanics, 7th ed., McGraw-Hill 2011, table "
+                                    "6.1; C: Rossman and others, EPANET 2.2 "
+                                    "User Manual, US EPA 2020, table 3.2";
+const char* const kEpanet = "C: Rossman and others, EPANET 2.2 User Manual, US EPA 2020, table 3.2";
+const char* const kMunson =
+    "Munson and others, Fundamentals of Fluid Mechanics, 7th ed., Wiley 2013, table 8.2";
+const char* const kMunsonEntrance =
+    "Munson and others, Fundamentals of Fluid Mechanics, 7th ed., Wiley 2013, figure 8.22";
+const char* const kMunsonExit =
+    "Munson and others, Fundamentals of Fluid Mechanics, 7th ed., Wiley 2013, figure 8.25";
 
 template <class Entry>
 const Entry* findEntry(const std::map<std::string, Entry>& own, const std::map<std::string, Entry>& known,

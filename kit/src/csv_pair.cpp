@@ -1,5 +1,6 @@
 #include "csv_pair.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <unordered_set>
@@ -143,6 +144,16 @@ std::optional<double> plainNumber(std::string text)
     return value;
 }
 
+/// Whether a text is a number that double precision cannot hold.
+bool isBeyondRange(const std::string& text)
+{
+    double value = 0.0;
+    const char* const first = text.data() + (!text.empty() && text.front() == '+' ? 1 : 0);
+    const char* const last = text.data() + text.size();
+    const auto [end, error] = std::from_chars(first, last, value);
+    return error == std::errc::result_out_of_range && end == last;
+}
+
 /// One table of the pair, read into objects of the network file.
 class TableReader
 {
@@ -261,6 +272,12 @@ private:
             header.unit.empty() || header.unit == "-" || header.unit == siUnit(header.column->quantity);
         if (const auto value = plainNumber(field))
             return isSi ? json(*value) : json(exactNumber(*value) + ' ' + header.unit);
+        if (isBeyondRange(field)) {
+            report(Code::csv_value, line, header.column->name,
+                   inQuotes(field) + " is too large or too small to be stored",
+                   "give a number between 1e-300 and 1e300");
+            return 1.0;
+        }
         std::string withPoint = field;
         const std::size_t comma = withPoint.find(',');
         if (comma != std::string::npos) withPoint[comma] = '.';
@@ -540,25 +557,47 @@ Element withOwnValues(const Network& network, Element element)
     return element;
 }
 
+/// Whether a table has a column, whatever its unit.
+bool hasColumn(const CsvTable& table, const std::string& name)
+{
+    return std::any_of(table.header.fields.begin(), table.header.fields.end(), [&](const std::string& field) {
+        return trimmed(field.substr(0, field.find('['))) == name;
+    });
+}
+
+/// Whether the elements, which have ends, stand in the table of nodes.
+bool areSwapped(const CsvTable& nodes, const CsvTable& elements)
+{
+    return hasColumn(nodes, "from") && hasColumn(nodes, "to") && !hasColumn(elements, "from") &&
+           !hasColumn(elements, "to");
+}
+
 }  // namespace
 
 std::optional<Network> readCsvPair(const std::string& nodesPath, const std::string& elementsPath,
-                                   Findings& findings)
+                                   Findings& findings, std::optional<Network>* flawed)
 {
     const auto nodes = readTextFile(nodesPath, Encoding::utf8OrLatin1, findings);
     const auto elements = readTextFile(elementsPath, Encoding::utf8OrLatin1, findings);
     if (!nodes || !elements) return std::nullopt;
-    return readCsvTexts(*nodes, nodesPath, *elements, elementsPath, findings);
+    return readCsvTexts(*nodes, nodesPath, *elements, elementsPath, findings, flawed);
 }
 
 std::optional<Network> readCsvTexts(const std::string& nodes, const std::string& nodesFile,
                                     const std::string& elements, const std::string& elementsFile,
-                                    Findings& findings)
+                                    Findings& findings, std::optional<Network>* flawed)
 {
     Findings found;
     const auto nodesTable = parseCsv(nodes, nodesFile, found);
     const auto elementsTable = parseCsv(elements, elementsFile, found);
     if (!nodesTable || !elementsTable) {
+        findings.append(found);
+        return std::nullopt;
+    }
+    if (areSwapped(*nodesTable, *elementsTable)) {
+        found.add(Code::other_kind_of_file, Place{nodesFile, nodesTable->header.line, 0, "", ""},
+                  "the table of elements stands in the place of the table of nodes",
+                  "name the nodes first: NODES.csv,ELEMENTS.csv");
         findings.append(found);
         return std::nullopt;
     }
@@ -572,17 +611,22 @@ std::optional<Network> readCsvTexts(const std::string& nodes, const std::string&
     nameBoundaries(document["nodes"], nodesReader);
     fillCoordinates(document["nodes"]);
 
+    const bool areTablesGood = !found.hasErrors();
     Findings inDocument;
-    auto network = readNetworkDocument(document, "", nodesFile, inDocument);
+    auto network = readNetworkDocument(document, "", nodesFile, inDocument, areTablesGood ? flawed : nullptr);
     const FindingMover mover(nodesReader, nodesFile, elementsReader, elementsFile, isSchematic);
     for (const Finding& finding : inDocument.list())
         found.add(mover.moved(finding));
     findings.append(found);
+    const auto setLines = [&](std::optional<Network>& read) {
+        for (std::size_t i = 0; read && i < read->nodes.size(); ++i)
+            read->nodes[i].line = nodesReader.lineOf(i);
+        for (std::size_t i = 0; read && i < read->elements.size(); ++i)
+            read->elements[i].line = elementsReader.lineOf(i);
+    };
+    if (flawed != nullptr) setLines(*flawed);
     if (!network || found.hasErrors()) return std::nullopt;
-    for (std::size_t i = 0; i < network->nodes.size(); ++i)
-        network->nodes[i].line = nodesReader.lineOf(i);
-    for (std::size_t i = 0; i < network->elements.size(); ++i)
-        network->elements[i].line = elementsReader.lineOf(i);
+    setLines(network);
     return network;
 }
 

@@ -11,14 +11,14 @@
 namespace kit
 {
 
-/// The network in two files; nothing, and every finding, when they cannot be used.
+/// The network in two files; nothing, and every finding, when they cannot be used. flawed as for readNetworkFile.
 std::optional<Network> readCsvPair(const std::string& nodesPath, const std::string& elementsPath,
-                                   Findings& findings);
+                                   Findings& findings, std::optional<Network>* flawed = nullptr);
 
 /// The same for texts in memory; the files name them in findings.
 std::optional<Network> readCsvTexts(const std::string& nodes, const std::string& nodesFile,
                                     const std::string& elements, const std::string& elementsFile,
-                                    Findings& findings);
+                                    Findings& findings, std::optional<Network>* flawed = nullptr);
 
 /// The tables of a network, in SI units, with the columns that it needs. Materials, fittings and curves of
 /// its own are written as their values.

@@ -1,5 +1,8 @@
 #include "doctor.h"
 
+#include <unordered_set>
+#include <utility>
+
 #include "doctor_checks.h"
 #include "doctor_support.h"
 
@@ -101,6 +104,32 @@ Findings examine(const Network& network)
     checkSizes(network, findings);
     checkCurves(network, findings);
     return findings;
+}
+
+Findings examineFlawed(const Network& network, const Findings& errors)
+{
+    // What the checks say again of the same object in other words.
+    static const std::pair<Code, Code> kSame[] = {
+        {Code::isolated_node, Code::node_joins_nothing},
+        {Code::no_given_pressure, Code::network_without_pressure},
+        {Code::nodes_at_one_place, Code::element_without_length},
+        {Code::length_missing, Code::element_without_length},
+    };
+    const auto keyOf = [](Code code, const std::string& object) {
+        return std::to_string(static_cast<int>(code)) + ' ' + object;
+    };
+    std::unordered_set<std::string> said;
+    for (const Finding& error : errors.list()) {
+        for (const auto& [read, examined] : kSame) {
+            if (error.code == read) said.insert(keyOf(examined, error.place.object));
+        }
+    }
+    Findings rest;
+    const Findings all = examine(network);
+    for (const Finding& finding : all.list()) {
+        if (said.count(keyOf(finding.code, finding.place.object)) == 0) rest.add(finding);
+    }
+    return rest;
 }
 
 Findings diagnose(const Network& network, const Solution& solution)

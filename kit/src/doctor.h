@@ -18,6 +18,9 @@ namespace kit
 /// What can be said before a solve. The cost is linear in the size of the network.
 Findings examine(const Network& network);
 
+/// The same of a network with errors: what does not repeat them. Its nodes and elements have their meaning.
+Findings examineFlawed(const Network& network, const Findings& errors);
+
 /// What the outcome of a solve shows, converged or not. It does not repeat what examine says of the network,
 /// nor the findings of the solution itself.
 Findings diagnose(const Network& network, const Solution& solution);

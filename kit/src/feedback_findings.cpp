@@ -1,9 +1,12 @@
 #include "feedback_findings.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include <tavell/Constants.h>
@@ -64,7 +67,10 @@ public:
     {
         switch (id) {
         case TAVELL_FEEDBACK_MASS_ERROR:
-            addMeasure(Code::mass_not_balanced, "the mass flows do not balance: relative error ", values);
+            if (!m_hasConverged)
+                m_unmet.mass = values.at(1);
+            else
+                addMeasure(Code::mass_not_balanced, "the mass flows do not balance: relative error ", values);
             break;
         case TAVELL_FEEDBACK_TEMPERATURE_ERROR:
             addMeasure(Code::temperatures_not_settled, "the temperatures did not settle: relative error ",
@@ -78,17 +84,22 @@ public:
             addMeasure(Code::flow_update_repeated, "the flow update needed too many steps: error ", values);
             break;
         case TAVELL_FEEDBACK_PRESSURE_ERROR:
-            addMeasure(Code::laws_not_met,
-                       "the pressures do not fit the laws of the elements: relative error ", values);
+            if (!m_hasConverged)
+                m_unmet.pressure = values.at(1);
+            else
+                addMeasure(Code::laws_not_met,
+                           "the pressures do not fit the laws of the elements: relative error ", values);
             break;
         case TAVELL_FEEDBACK_ITERATION_LIMIT:
-            m_findings.add(Code::iteration_limit, file(), "the iteration limit was reached");
+            m_unmet.isAtLimit = true;
+            if (m_hasConverged)
+                m_findings.add(Code::iteration_limit, file(), "the iteration limit was reached");
             break;
         case TAVELL_FEEDBACK_PRESSURE_SOLUTION:
             m_findings
                 .add(Code::pressures_without_solution, file(),
-                     "the equations of the pressures had no solution in an iteration, reason " +
-                         values.text(0))
+                     "the equations of the pressures had no solution in an iteration: " +
+                         reasonText(values.at(0)))
                 .numbers.push_back({"reason", values.at(0), ""});
             break;
         case TAVELL_FEEDBACK_NO_INTERNAL_NODES:
@@ -101,16 +112,13 @@ public:
             addUnbalanced(values);
             break;
         case TAVELL_FEEDBACK_PART_WITHOUT_PRESSURE:
-            m_findings.add(Code::part_without_pressure, nodeAt(values.at(0)),
-                           "the part of the network around this node has no given pressure");
+            m_heldNodes.add(nodeAt(values.at(0)));
             break;
         case TAVELL_FEEDBACK_PART_CLOSED_BY:
-            m_findings.add(Code::part_closed_by, elementAt(values.at(0)),
-                           "it carries no flow and bounds the part without a pressure");
+            if (isShutByItself(values.at(0))) m_closedBy.add(elementAt(values.at(0)));
             break;
         case TAVELL_FEEDBACK_PART_FED_BY:
-            m_findings.add(Code::part_fed_by, elementAt(values.at(0)),
-                           "its given flow bounds the part without a pressure");
+            m_fedBy.add(elementAt(values.at(0)));
             break;
         case TAVELL_FEEDBACK_CANCELLED:
             break;  // the caller of the solve says so, with the iteration
@@ -126,7 +134,75 @@ public:
         }
     }
 
+    /// Adds what is said of several objects at once; how far the solve was from its criterion.
+    UnmetMeasures finish()
+    {
+        addGroup(Code::part_without_pressure, m_heldNodes,
+                 "the part of the network around this node has no given pressure",
+                 " parts of the network have no given pressure, those around ");
+        addGroup(Code::part_closed_by, m_closedBy, "it is shut and bounds the part without a pressure",
+                 " elements are shut and bound the parts without a pressure: ");
+        addGroup(Code::part_fed_by, m_fedBy, "its given flow bounds the part without a pressure",
+                 " given flows bound the parts without a pressure, those of ");
+        return m_unmet;
+    }
+
 private:
+    /// Places of one kind of message, each object once.
+    struct Group {
+        std::vector<Place> places;
+        std::unordered_set<std::string> objects;
+
+        void add(Place place)
+        {
+            if (objects.insert(place.object).second) places.push_back(std::move(place));
+        }
+    };
+
+    /// One finding for a group: at its object when there is one, with the list of them otherwise.
+    void addGroup(Code code, const Group& group, const char* ofOne, const char* ofMany)
+    {
+        constexpr std::size_t kMostShown = 10;
+        const std::size_t count = group.places.size();
+        if (count == 1) m_findings.add(code, group.places.front(), ofOne);
+        if (count <= 1) return;
+        std::string names;
+        for (std::size_t i = 0; i < std::min(count, kMostShown); ++i)
+            names += (i == 0 ? "" : ", ") + group.places[i].object;
+        if (count > kMostShown) names += " and " + std::to_string(count - kMostShown) + " more";
+        Finding& finding = m_findings.add(code, file(), std::to_string(count) + ofMany + names);
+        for (const Place& place : group.places)
+            finding.objects.push_back(place.object);
+        finding.numbers.push_back({"count", static_cast<double>(count), ""});
+    }
+
+    /// Why the equations of the pressures had no solution.
+    static std::string reasonText(double reason)
+    {
+        if (reason == 1.0) return "a pivot is zero";
+        if (reason == 2.0)
+            return "their matrix is not positive definite, as a coefficient that is zero or no number, a "
+                   "pump on a "
+                   "rising curve or a part without a pressure makes it";
+        if (reason == 3.0) return "a pivot is negative";
+        if (reason == 4.0) return "there was no memory for their matrix";
+        if (reason == 5.0 || reason == 6.0)
+            return "an entry has no place in their matrix, which is a defect of the library";
+        return "reason " + shortNumber(reason);
+    }
+
+    /// Whether an element of no flow is one that shuts: an open pipe at rest closes nothing.
+    bool isShutByItself(double number) const
+    {
+        if (!(std::fabs(number) <= std::numeric_limits<int>::max())) return false;
+        const auto found = m_elements.find(static_cast<int>(number));
+        if (found == m_elements.end() || found->second.kind != Owner::Kind::element) return false;
+        const Element& element = m_network.elements[found->second.position];
+        const int type = element.kind->type;
+        return element.hasCheckValve || type == TAVELL_NON_RETURN || type == TAVELL_CONTROL_VALVE ||
+               element.property(TAVELL_ELEMENT_FIXED_MASS_FLOW).has_value();
+    }
+
     Place file() const
     {
         Place place;
@@ -194,21 +270,27 @@ private:
     const Network& m_network;
     const bool m_hasConverged;
     Findings& m_findings;
+    UnmetMeasures m_unmet;
+    Group m_heldNodes;
+    Group m_closedBy;
+    Group m_fedBy;
     std::unordered_map<int, Owner> m_nodes;     // by the library's ids
     std::unordered_map<int, Owner> m_elements;  // by the library's ids
 };
 
 }  // namespace
 
-void addFeedback(const Network& network, const BuiltCircuit& built, bool hasConverged, Findings& findings)
+UnmetMeasures addFeedback(const Network& network, const BuiltCircuit& built, bool hasConverged,
+                          Findings& findings)
 {
     IFeedbackCollection* feedback = built.circuit->GetFeedback();
-    if (feedback->GetSize() == 0) return;
+    if (feedback->GetSize() == 0) return {};
     FeedbackReader reader(network, built, hasConverged, findings);
     for (std::size_t i = 0; i < feedback->GetSize(); ++i) {
         IFeedback* message = feedback->GetFeedback(i);
         reader.read(message->GetId(), Values(*message));
     }
+    return reader.finish();
 }
 
 }  // namespace kit

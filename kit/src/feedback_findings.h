@@ -2,6 +2,8 @@
 #ifndef TAVELL_KIT_FEEDBACK_FINDINGS_H
 #define TAVELL_KIT_FEEDBACK_FINDINGS_H
 
+#include <optional>
+
 #include "circuit_builder.h"
 #include "findings.h"
 #include "network.h"
@@ -9,9 +11,18 @@
 namespace kit
 {
 
-/// One finding per message of the circuit's last solve. Parts that only the circuit has go by the name of the
-/// node or element that they belong to.
-void addFeedback(const Network& network, const BuiltCircuit& built, bool hasConverged, Findings& findings);
+/// How far a solve was from its criterion when it ended without meeting it.
+struct UnmetMeasures {
+    std::optional<double> mass;      // [-], largest imbalance of a node over the mean flow of an element
+    std::optional<double> pressure;  // [-], sum of the mismatches of the laws, each over its mean pressure
+    bool isAtLimit = false;          // of the iterations
+};
+
+/// The messages of the circuit's last solve as findings; those that only say how far it was from its criterion
+/// are returned instead when it did not converge. Parts that only the circuit has go by the name of the node or
+/// element that they belong to.
+UnmetMeasures addFeedback(const Network& network, const BuiltCircuit& built, bool hasConverged,
+                          Findings& findings);
 
 }  // namespace kit
 

@@ -11,6 +11,11 @@
 #include <utility>
 #include <vector>
 
+#ifndef _WIN32
+#include <sys/stat.h>
+#include <unistd.h>
+#endif
+
 namespace kit
 {
 
@@ -21,6 +26,7 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kBlock = std::size_t{64} * 1024;  // [byte]
 constexpr int kMostTemporaryNames = 100;
+constexpr int kMostLinks = 40;  // in a row, then they go in a circle
 constexpr std::uint32_t kNoCharacter = 0xffffffff;
 constexpr std::uint32_t kReplacement = 0xfffd;
 
@@ -183,20 +189,94 @@ std::FILE* openTemporary(const fs::path& target, fs::path& name)
     return nullptr;
 }
 
+/// Gives a new file the permissions and, where the system lets it, the owner of the one that it will replace.
+void takeOver(const fs::path& old, const fs::path& fresh, fs::perms permissions)
+{
+    std::error_code ignored;  // a file system without permissions keeps none
+#ifndef _WIN32
+    struct stat state {
+    };
+    // only an administrator may give a file away; the owner goes first, since that clears bits of the permissions
+    const bool isKnown = stat(old.c_str(), &state) == 0;
+    if (isKnown && chown(fresh.c_str(), state.st_uid, state.st_gid) != 0) errno = 0;
+#else
+    static_cast<void>(old);
+#endif
+    fs::permissions(fresh, permissions, ignored);
+}
+
+/// Whether a file that exists may be written: it could be replaced in any case, but who protects a file from being
+/// written wants to keep it. The number of the system's error, 0 for yes.
+int refusalOf(const fs::path& target)
+{
+    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(target.string().c_str(), "r+b"));
+    return file ? 0 : errno;
+}
+
 /// Writes beside the target and takes its place; the number of the system's error, 0 for success.
 int replaceFile(const fs::path& target, std::string_view text)
 {
+    std::error_code error;
+    const fs::file_status old = fs::status(target, error);
+    const bool isThere = fs::exists(old);
+    if (const int refusal = isThere ? refusalOf(target) : 0; refusal != 0) return refusal;
+
     fs::path temporary;
     std::FILE* file = openTemporary(target, temporary);
     if (file == nullptr) return errno;
+    if (isThere) takeOver(target, temporary, old.permissions());
     int failure = writeAndClose(file, text);
-    std::error_code error;
     if (failure == 0) {
         fs::rename(temporary, target, error);
         failure = error.value();
     }
     if (failure != 0) fs::remove(temporary, error);
     return failure;
+}
+
+/// Writes to what cannot be replaced: a device, a pipe, a file that is open already. The number of the system's error, 0
+/// for success.
+int writeInPlace(const std::string& path, std::string_view text)
+{
+    // behind what is there: standard output may be a log that others write to as well
+    std::FILE* file = std::fopen(path.c_str(), "ab");
+    return file == nullptr ? errno : writeAndClose(file, text);
+}
+
+/// Where the bytes for a path go.
+struct Target {
+    fs::path path;           // behind all links, whether it exists or not
+    bool isInPlace = false;  // to be written to as it is
+    int error = 0;           // the system's number; 0 when the path can be followed
+};
+
+Target targetOf(const std::string& path)
+{
+    Target target{path, false, 0};
+    std::error_code error;
+    for (int i = 0; i < kMostLinks; ++i) {
+        // links such as /dev/stdout stand for what the process has open, whatever that is
+        const std::string folder = target.path.parent_path().generic_string();
+        target.isInPlace = target.isInPlace || folder == "/dev" || startsWith(folder, "/dev/") ||
+                           startsWith(folder, "/proc/");
+        if (target.isInPlace || !fs::is_symlink(target.path, error)) {
+            target.isInPlace = target.isInPlace || fs::is_other(target.path, error);
+            return target;
+        }
+        const fs::path next = fs::read_symlink(target.path, error);
+        if (error) break;
+        target.path = target.path.parent_path() / next;
+    }
+    target.error = error ? error.value() : ELOOP;
+    return target;
+}
+
+/// The number of the system's error, 0 for success.
+int writeTarget(const std::string& path, std::string_view text)
+{
+    const Target target = targetOf(path);
+    if (target.error != 0) return target.error;
+    return target.isInPlace ? writeInPlace(path, text) : replaceFile(target.path, text);
 }
 
 }  // namespace
@@ -281,16 +361,11 @@ bool writeFile(const std::string& path, std::string_view text, Findings& finding
         findings.add(Code::is_a_directory, inFile(path), "is a directory");
         return false;
     }
-    fs::path target = fs::weakly_canonical(path, error);  // a link stays a link
-    if (error) target = path;
-    int failure = 0;
-    if (fs::exists(target, error) && !fs::is_regular_file(target, error)) {
-        // A device or pipe cannot be replaced by a file.
-        std::FILE* device = std::fopen(path.c_str(), "wb");
-        failure = device == nullptr ? errno : writeAndClose(device, text);
-    } else {
-        failure = replaceFile(target, text);
+    if (fs::is_block_file(path, error)) {
+        findings.add(Code::cannot_write_file, inFile(path), "cannot be written: is a disk");
+        return false;
     }
+    const int failure = writeTarget(path, text);
     if (failure == 0) return true;
     findings.add(Code::cannot_write_file, inFile(path), "cannot be written: " + systemMessage(failure));
     return false;

@@ -34,7 +34,9 @@ std::optional<std::string> readTextFile(const std::string& path, Encoding encodi
 std::optional<std::string> toUtf8(std::string bytes, Encoding encoding, const std::string& file,
                                   Findings& findings);
 
-/// Replaces a file as a whole. False, and a finding, when that fails; the old file is then as it was.
+/// Replaces a file as a whole. It keeps the permissions of the old one, a new one has those that the system gives; a link
+/// stays a link, and what it points at is replaced. Devices, pipes and everything in /dev are written to behind what is
+/// there. False, and a finding, when that fails or the file is protected; the old file is then as it was.
 bool writeFile(const std::string& path, std::string_view text, Findings& findings);
 
 /// Whether two paths name the same existing file.

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace kit
 {
@@ -176,19 +177,19 @@ std::optional<PumpLaw> PumpLaw::ofPoints(const std::vector<HeadPoint>& points)
         return isUsable ? std::optional<PumpLaw>(law) : std::nullopt;
     }
     law.m_kind = Kind::lines;
-    law.m_points = points;
+    law.m_points = std::make_shared<const std::vector<HeadPoint>>(points);
     return law;
 }
 
 bool PumpLaw::isCubic() const
 {
     return (m_kind == Kind::powerFunction && (m_c == 1.0 || m_c == 2.0 || m_c == 3.0)) ||
-           (m_kind == Kind::lines && m_points.size() == 2);
+           (m_kind == Kind::lines && m_points->size() == 2);
 }
 
 std::size_t PumpLaw::segmentOf(double flow) const
 {
-    return segmentEnd(m_points, flow);
+    return segmentEnd(*m_points, flow);
 }
 
 double PumpLaw::head(double flow) const
@@ -199,7 +200,8 @@ double PumpLaw::head(double flow) const
         return flow > 0.0 ? squared * m_product / q : std::numeric_limits<double>::infinity();
     if (m_kind == Kind::powerFunction) return squared * (m_a - m_b * std::pow(q, m_c));
     const std::size_t i = segmentOf(q);
-    return squared * (m_points[i].head + lineSlope(m_points[i - 1], m_points[i]) * (q - m_points[i].flow));
+    return squared *
+           ((*m_points)[i].head + lineSlope((*m_points)[i - 1], (*m_points)[i]) * (q - (*m_points)[i].flow));
 }
 
 double PumpLaw::slope(double flow) const
@@ -208,7 +210,7 @@ double PumpLaw::slope(double flow) const
     if (m_kind == Kind::power) return -m_speed * m_product / (q * q);
     if (m_kind == Kind::powerFunction) return -m_speed * m_b * m_c * std::pow(q, m_c - 1.0);
     const std::size_t i = segmentOf(q);
-    return m_speed * lineSlope(m_points[i - 1], m_points[i]);
+    return m_speed * lineSlope((*m_points)[i - 1], (*m_points)[i]);
 }
 
 double PumpLaw::zeroFlow() const
@@ -216,10 +218,12 @@ double PumpLaw::zeroFlow() const
     if (m_kind == Kind::power) return std::numeric_limits<double>::infinity();
     if (m_kind == Kind::powerFunction) return m_speed * std::pow(m_a / m_b, 1.0 / m_c);
     // The head falls from point to point, so the first segment that ends at or below 0 has the zero.
-    std::size_t i = 1;
-    while (i + 1 < m_points.size() && m_points[i].head > 0.0)
-        ++i;
-    return m_speed * (m_points[i].flow - m_points[i].head / lineSlope(m_points[i - 1], m_points[i]));
+    const auto found =
+        std::lower_bound(m_points->begin() + 1, m_points->end() - 1, 0.0,
+                         [](const HeadPoint& point, double zero) { return point.head > zero; });
+    const auto i = static_cast<std::size_t>(found - m_points->begin());
+    return m_speed *
+           ((*m_points)[i].flow - (*m_points)[i].head / lineSlope((*m_points)[i - 1], (*m_points)[i]));
 }
 
 PumpCurveFit fitPump(const PumpLaw& law, double dutyFlow)
@@ -250,25 +254,25 @@ std::optional<ValveLaw> ValveLaw::ofPoints(std::vector<HeadPoint> points)
     if (!(points.back().head > 0.0)) return std::nullopt;
     if (points.size() == 1) points.insert(points.begin(), HeadPoint{});
     ValveLaw law;
-    law.m_points = std::move(points);
+    law.m_points = std::make_shared<const std::vector<HeadPoint>>(std::move(points));
     return law;
 }
 
 std::size_t ValveLaw::segmentOf(double flow) const
 {
-    return segmentEnd(m_points, flow);
+    return segmentEnd(*m_points, flow);
 }
 
 double ValveLaw::head(double flow) const
 {
     const std::size_t i = segmentOf(flow);
-    return m_points[i].head + slope(flow) * (flow - m_points[i].flow);
+    return (*m_points)[i].head + slope(flow) * (flow - (*m_points)[i].flow);
 }
 
 double ValveLaw::slope(double flow) const
 {
     const std::size_t i = segmentOf(flow);
-    return lineSlope(m_points[i - 1], m_points[i]);
+    return lineSlope((*m_points)[i - 1], (*m_points)[i]);
 }
 
 PowerFit fitValve(const ValveLaw& law, double dutyFlow)

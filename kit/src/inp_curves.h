@@ -2,6 +2,7 @@
 #ifndef TAVELL_KIT_INP_CURVES_H
 #define TAVELL_KIT_INP_CURVES_H
 
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -15,6 +16,9 @@ struct HeadPoint {
     double head = 0.0;
 };
 
+/// Points that the laws of one curve share.
+using SharedPoints = std::shared_ptr<const std::vector<HeadPoint>>;
+
 /// The head of a pump over its flow.
 class PumpLaw
 {
@@ -27,6 +31,7 @@ public:
 
     /// By the laws of affinity: flow with the speed [-], head with its square, power with its cube.
     void setSpeed(double speed) { m_speed = speed; }
+    double speed() const { return m_speed; }
 
     bool isPower() const { return m_kind == Kind::power; }
     /// Whether the law is itself a cubic of the flow, so that its fit is exact.
@@ -51,7 +56,7 @@ private:
     double m_speed = 1.0;
     double m_product = 0.0;
     double m_a = 0.0, m_b = 0.0, m_c = 0.0;
-    std::vector<HeadPoint> m_points;
+    SharedPoints m_points;
 };
 
 /// A pump's law as points of one cubic.
@@ -78,14 +83,14 @@ public:
 
     double head(double flow) const;   // [m], flow > 0
     double slope(double flow) const;  // [m/(m3/s)]
-    double largestFlow() const { return m_points.back().flow; }
+    double largestFlow() const { return m_points->back().flow; }
     /// [m3/s], the middle of the curve's flows.
     double middleFlow() const { return 0.5 * largestFlow(); }
 
 private:
     std::size_t segmentOf(double flow) const;
 
-    std::vector<HeadPoint> m_points;
+    SharedPoints m_points;
 };
 
 /// head = factor Q^exponent.

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <tuple>
+#include <unordered_map>
 
 #include <tavell/Constants.h>
 
@@ -70,6 +73,12 @@ void setPipe(const InpLink& link, const InpFileOptions& options, Element& elemen
     setMinorLoss(link.minorLoss, element);
 }
 
+/// The laws of the file's curves, each made once: many links may name one.
+struct CurveLaws {
+    std::unordered_map<std::string, std::optional<PumpLaw>> pumps;
+    std::unordered_map<std::string, std::optional<ValveLaw>> valves;
+};
+
 const std::vector<HeadPoint>* findPoints(const InpLink& link, const InpLinkContext& context,
                                          Findings& findings)
 {
@@ -90,12 +99,15 @@ std::vector<HeadPoint> inSi(std::vector<HeadPoint> points, const InpUnits& units
     return points;
 }
 
-std::optional<PumpLaw> pumpLawOf(const InpLink& link, const InpLinkContext& context, Findings& findings)
+std::optional<PumpLaw> pumpLawOf(const InpLink& link, const InpLinkContext& context, CurveLaws& laws,
+                                 Findings& findings)
 {
     if (link.power) return PumpLaw::ofPower(*link.power);
     const auto* points = findPoints(link, context, findings);
     if (points == nullptr) return std::nullopt;
-    auto law = PumpLaw::ofPoints(inSi(*points, context.options.units));
+    const auto [known, isNew] = laws.pumps.try_emplace(link.curve);
+    if (isNew) known->second = PumpLaw::ofPoints(inSi(*points, context.options.units));
+    const std::optional<PumpLaw>& law = known->second;
     if (!law)
         findings.add(Code::inp_bad_curve, placeOf(link, context),
                      "the curve " + inQuotes(link.curve) + " is no falling curve of head over flow");
@@ -103,23 +115,26 @@ std::optional<PumpLaw> pumpLawOf(const InpLink& link, const InpLinkContext& cont
 }
 
 void addPump(const InpLink& link, const InpLinkContext& context, Element& element, std::size_t position,
-             std::vector<InpFittedElement>& fitted, Findings& findings)
+             std::vector<InpFittedElement>& fitted, CurveLaws& laws, Findings& findings)
 {
     element.kind = findElementKind("pump");
-    auto law = pumpLawOf(link, context, findings);
+    auto law = pumpLawOf(link, context, laws, findings);
     if (!law) return;
     // A pump that stands still keeps its curve, so that it can be opened.
     law->setSpeed(link.speed > 0.0 ? link.speed : 1.0);
     const double duty = law->isPower() ? context.expectedFlow : 0.5 * law->zeroFlow();
-    fitted.push_back({position, placeOf(link, context), law, std::nullopt, duty});
+    fitted.push_back(
+        {position, placeOf(link, context), law, std::nullopt, duty, link.power ? "" : link.curve});
 }
 
 void addCurveValve(const InpLink& link, const InpLinkContext& context, Element& element, std::size_t position,
-                   std::vector<InpFittedElement>& fitted, Findings& findings)
+                   std::vector<InpFittedElement>& fitted, CurveLaws& laws, Findings& findings)
 {
     const auto* points = findPoints(link, context, findings);
     if (points == nullptr) return;
-    auto law = ValveLaw::ofPoints(inSi(*points, context.options.units));
+    const auto [known, isNew] = laws.valves.try_emplace(link.curve);
+    if (isNew) known->second = ValveLaw::ofPoints(inSi(*points, context.options.units));
+    const std::optional<ValveLaw>& law = known->second;
     if (!law) {
         findings.add(Code::inp_bad_curve, placeOf(link, context),
                      "the curve " + inQuotes(link.curve) + " is no curve of head loss over flow");
@@ -128,7 +143,7 @@ void addCurveValve(const InpLink& link, const InpLinkContext& context, Element& 
     element.kind = findElementKind("general_loss");
     const double duty = law->middleFlow();
     setMinorLoss(link.minorLoss, element);
-    fitted.push_back({position, placeOf(link, context), std::nullopt, law, duty});
+    fitted.push_back({position, placeOf(link, context), std::nullopt, law, duty, link.curve});
 }
 
 /// Pressure valves and positional valves: errors, or valves that stand open.
@@ -151,7 +166,7 @@ void freezeValve(const InpLink& link, const InpLinkContext& context, Element& el
 }
 
 void addValve(const InpLink& link, const InpLinkContext& context, Element& element, std::size_t position,
-              std::vector<InpFittedElement>& fitted, Findings& findings)
+              std::vector<InpFittedElement>& fitted, CurveLaws& laws, Findings& findings)
 {
     setSection(link.diameter, element);
     // A valve that is set to OPEN is wide open and has its minor loss alone.
@@ -171,7 +186,7 @@ void addValve(const InpLink& link, const InpLinkContext& context, Element& eleme
         return setMinorLoss(std::max(link.minorLoss, kLeastLoss), element);
     case InpValve::gpv:
         // Its curve holds for OPEN too: only CLOSED changes it.
-        return addCurveValve(link, context, element, position, fitted, findings);
+        return addCurveValve(link, context, element, position, fitted, laws, findings);
     default:
         return freezeValve(link, context, element, findings);
     }
@@ -242,6 +257,7 @@ std::vector<InpFittedElement> addInpElements(const InpLinks& links, const InpLin
                                              Network& network, Findings& findings)
 {
     std::vector<InpFittedElement> fitted;
+    CurveLaws laws;
     network.elements.reserve(links.list.size());
     for (const InpLink& link : links.list) {
         Element element;
@@ -254,9 +270,9 @@ std::vector<InpFittedElement> addInpElements(const InpLinks& links, const InpLin
         if (link.kind == InpLinkKind::pipe)
             setPipe(link, context.options, element);
         else if (link.kind == InpLinkKind::pump)
-            addPump(link, context, element, position, fitted, findings);
+            addPump(link, context, element, position, fitted, laws, findings);
         else
-            addValve(link, context, element, position, fitted, findings);
+            addValve(link, context, element, position, fitted, laws, findings);
         network.elements.push_back(std::move(element));
     }
     addVertices(links, context.document, network, findings);
@@ -292,6 +308,33 @@ void fitElement(const InpFittedElement& fitted, double density, Network& network
     for (const HeadPoint& point : fitPump(*fitted.pump, fitted.dutyFlow).points)
         element.curve.push_back({point.flow, density * kInpGravity * point.head});
     element.referenceDensity = density;
+}
+
+void shareCurves(const std::vector<InpFittedElement>& fitted, Network& network)
+{
+    // Speed and duty make the fit of a curve; both are numbers of the file or of a solve that are equal as a whole
+    // or not at all.
+    std::map<std::tuple<std::string, double, double>, std::vector<std::size_t>> pumps;
+    for (const InpFittedElement& one : fitted) {
+        if (one.pump && !one.curve.empty())
+            pumps[{one.curve, one.pump->speed(), one.dutyFlow}].push_back(one.element);
+    }
+    for (const auto& [fit, elements] : pumps) {
+        if (elements.size() < 2) continue;
+        const std::string& id = std::get<0>(fit);
+        std::string name = id;
+        for (int number = 2; network.curves.count(name) > 0; ++number)
+            name = id + " (" + std::to_string(number) + ')';
+        Element& first = network.elements[elements.front()];
+        network.curves[name] = {first.curve, first.referenceDensity, "curve " + id + " of the EPANET file"};
+        for (const std::size_t position : elements) {
+            Element& element = network.elements[position];
+            element.curve.clear();
+            element.curve.shrink_to_fit();
+            element.referenceDensity.reset();
+            element.curveName = name;
+        }
+    }
 }
 
 void reportFits(const std::vector<InpFittedElement>& fitted, Findings& findings)

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "findings.h"
@@ -23,6 +24,7 @@ struct InpFittedElement {
     std::optional<PumpLaw> pump;  // one of the two
     std::optional<ValveLaw> valve;
     double dutyFlow = 0.0;  // [m3/s]
+    std::string curve;      // its ID in the file; "" for constant power
 
     bool isExact() const { return pump && pump->isCubic(); }
 };
@@ -46,6 +48,9 @@ void openControlValvesAtDeadEnds(Network& network);
 
 /// Puts the fit about its present duty into the element. density in kg/m3.
 void fitElement(const InpFittedElement& fitted, double density, Network& network);
+
+/// Pumps of one curve that are fitted alike take it by name from the network, instead of a copy each.
+void shareCurves(const std::vector<InpFittedElement>& fitted, Network& network);
 
 /// Says in the findings how well each fit is.
 void reportFits(const std::vector<InpFittedElement>& fitted, Findings& findings);

@@ -312,6 +312,7 @@ std::optional<Network> importInpText(const std::string& text, const std::string&
     }
     if (!found.hasErrors()) {
         if (options.solvesForDuties) refineDuties(fitted, density, network, found);
+        shareCurves(fitted, network);
         reportFits(fitted, found);
     }
     const bool isUsable = !found.hasErrors();

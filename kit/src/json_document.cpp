@@ -1,7 +1,10 @@
 #include "json_document.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <iterator>
+#include <limits>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -14,7 +17,7 @@ namespace
 
 using nlohmann::json;
 
-constexpr std::size_t kShownLength = 60;  // [byte] of a number in a message
+constexpr std::size_t kLevelOfItems = 2;  // items stand in a list, which stands in the document
 constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 
 /// Where the parser is in the text.
@@ -63,6 +66,77 @@ std::size_t lineOfNumber(const Position& position)
     return position.lineBreaks + 1 - (position.last == '\n' ? 1 : 0);
 }
 
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+/// Whether a number token is larger than any number of double precision; one that is so small that it counts
+/// as 0 is not.
+bool isTooLarge(const char* first, const char* last)
+{
+    double value = 0.0;
+    if (std::from_chars(first, last, value).ec != std::errc::result_out_of_range) return false;
+    // Digits before the decimal point, or minus the zeros behind it, give the power of ten together with the
+    // exponent.
+    constexpr std::int64_t kLargestExponent = std::numeric_limits<std::int64_t>::max() / 4;
+    std::int64_t power = 0;
+    bool isBehindPoint = false;
+    bool isCounting = false;  // from the first digit on that is not 0
+    const char* at = *first == '-' ? first + 1 : first;
+    for (; at != last && *at != 'e' && *at != 'E'; ++at) {
+        if (*at == '.')
+            isBehindPoint = true;
+        else if (isCounting || *at != '0') {
+            isCounting = true;
+            if (!isBehindPoint) ++power;
+        } else if (isBehindPoint)
+            --power;
+    }
+    if (at == last) return power > 0;
+    ++at;
+    if (at != last && *at == '+') ++at;
+    std::int64_t exponent = 0;
+    if (std::from_chars(at, last, exponent).ec == std::errc::result_out_of_range)
+        exponent = at != last && *at == '-' ? -kLargestExponent : kLargestExponent;
+    return power + std::clamp(exponent, -kLargestExponent, kLargestExponent) > 0;
+}
+
+/// A text whose numbers the parser can store, and which of its numbers stand for one that is too large.
+struct StorableText {
+    std::string text;                   // of the same length
+    std::vector<std::size_t> tooLarge;  // counts of the numbers before, ascending
+};
+
+/// Puts a number of the same length in the place of each one that is too large. Whether the rest is JSON is
+/// for the parser to say.
+StorableText storable(const std::string& text)
+{
+    StorableText result{text, {}};
+    std::size_t numbers = 0;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        if (text[at] == '"') {
+            for (++at; at < text.size() && text[at] != '"'; ++at) {
+                if (text[at] == '\\') ++at;
+            }
+            ++at;
+        } else if (text[at] == '-' || isDigit(text[at])) {
+            const std::size_t first = at;
+            at = std::min(text.find_first_not_of("0123456789+-.eE", at), text.size());
+            if (isTooLarge(text.data() + first, text.data() + at)) {
+                result.text.replace(first, at - first, at - first, '0');
+                result.text.replace(first, 2, "1.");
+                result.tooLarge.push_back(numbers);
+            }
+            ++numbers;
+        } else {
+            ++at;
+        }
+    }
+    return result;
+}
+
 bool parse(const std::string& text, Position& position, nlohmann::json_sax<json>& sax)
 {
     const CountingIterator first(text.data(), &position);
@@ -75,25 +149,26 @@ bool parse(const std::string& text, Position& position, nlohmann::json_sax<json>
 class DocumentBuilder : public nlohmann::json_sax<json>
 {
 public:
-    DocumentBuilder(const std::string& text, const std::string& file, const Position& position,
-                    Findings& findings)
-        : m_text(text), m_file(file), m_position(position), m_findings(findings)
+    /// tooLarge: the counts of the numbers before each one of the text that stands for one that is too large.
+    DocumentBuilder(const std::string& text, const std::vector<std::size_t>& tooLarge,
+                    const std::string& file, const Position& position, Findings& findings)
+        : m_text(text), m_tooLarge(tooLarge), m_file(file), m_position(position), m_findings(findings)
     {
     }
 
-    JsonDocument take() { return std::move(m_document); }
+    JsonDocument take()
+    {
+        finish();
+        return std::move(m_document);
+    }
+    /// Whether the text ended at a number that is too large.
+    bool hasMetTooLarge() const { return m_hasMetTooLarge; }
 
     bool null() override { return addValue(nullptr, lineOfToken(m_position)); }
     bool boolean(bool value) override { return addValue(value, lineOfToken(m_position)); }
-    bool number_integer(number_integer_t value) override { return addValue(value, lineOfNumber(m_position)); }
-    bool number_unsigned(number_unsigned_t value) override
-    {
-        return addValue(value, lineOfNumber(m_position));
-    }
-    bool number_float(number_float_t value, const string_t&) override
-    {
-        return addValue(value, lineOfNumber(m_position));
-    }
+    bool number_integer(number_integer_t value) override { return addNumber(value); }
+    bool number_unsigned(number_unsigned_t value) override { return addNumber(value); }
+    bool number_float(number_float_t value, const string_t&) override { return addNumber(value); }
     bool string(string_t& value) override { return addValue(std::move(value), lineOfToken(m_position)); }
     bool binary(binary_t& value) override { return addValue(std::move(value), lineOfToken(m_position)); }
     bool start_object(std::size_t) override { return open(json::object()); }
@@ -105,8 +180,7 @@ public:
     {
         if (m_open.back().container->contains(name)) {
             Place place{m_file, lineOfToken(m_position), 0, pointerTo(pointer(), name), ""};
-            m_findings.add(Code::duplicate_key, std::move(place),
-                           "the key " + inQuotes(name) + " appears twice");
+            addOfItem(Code::duplicate_key, std::move(place), "the key " + inQuotes(name) + " appears twice");
         }
         m_open.back().key = std::move(name);
         return true;
@@ -121,9 +195,10 @@ public:
         const std::size_t lineStart = lineBreaks == 0 ? 0 : m_text.rfind('\n', end - 2) + 1;
         const std::size_t column = end > lineStart ? end - lineStart : 1;
         const std::string message = plainMessage(error.what());
-        const bool isOverflow = message.rfind("number overflow", 0) == 0;
-        m_findings.add(isOverflow ? Code::number_too_large : Code::json_syntax,
-                       Place{m_file, lineBreaks + 1, column, "", ""}, message);
+        m_hasMetTooLarge = message.rfind("number overflow", 0) == 0;
+        finish();
+        if (!m_hasMetTooLarge)
+            m_findings.add(Code::json_syntax, Place{m_file, lineBreaks + 1, column, "", ""}, message);
         return false;
     }
 
@@ -157,10 +232,23 @@ private:
         return true;
     }
 
+    /// A number that is too large is infinite in the document, which no number of a text can be.
+    template <class Number> bool addNumber(Number value)
+    {
+        const std::size_t count = m_numbers++;
+        if (m_nextTooLarge == m_tooLarge.size() || m_tooLarge[m_nextTooLarge] != count)
+            return addValue(value, lineOfNumber(m_position));
+        ++m_nextTooLarge;
+        Place place{m_file, lineOfNumber(m_position), 0, pointerOfNext(), ""};
+        addOfItem(Code::number_too_large, std::move(place), "the number is too large to be stored");
+        return addValue(std::numeric_limits<double>::infinity(), lineOfNumber(m_position));
+    }
+
     bool open(json container)
     {
         const std::size_t line = lineOfToken(m_position);
         if (m_open.size() >= kDeepestNesting) {
+            finish();
             m_findings.add(Code::nested_too_deep, Place{m_file, line, 0, "", ""},
                            "objects and arrays are nested more than " + std::to_string(kDeepestNesting) +
                                " deep");
@@ -179,8 +267,28 @@ private:
 
     bool close()
     {
+        if (m_open.size() <= kLevelOfItems + 1) finish();
         m_open.pop_back();
         return true;
+    }
+
+    /// Keeps a finding until the name of its item is known; no more of them than a list takes of one code.
+    void addOfItem(Code code, Place place, std::string message)
+    {
+        if (m_ofItem.list().size() >= Findings::kMostOfOneCode) finish();
+        m_ofItem.add(code, std::move(place), std::move(message));
+    }
+
+    /// Hands on what was found in an item, with its name.
+    void finish()
+    {
+        if (m_ofItem.isEmpty()) return;
+        const std::string name = nameOfItem();
+        for (Finding finding : m_ofItem.list()) {
+            finding.place.object = name;
+            m_findings.add(std::move(finding));
+        }
+        m_ofItem.clear();
     }
 
     /// JSON pointer of the innermost open container.
@@ -195,6 +303,27 @@ private:
         return path;
     }
 
+    /// JSON pointer of the value that is being read.
+    std::string pointerOfNext() const
+    {
+        if (m_open.empty()) return "";
+        const OpenContainer& inner = m_open.back();
+        const bool isArray = inner.container->is_array();
+        return pointerTo(pointer(), isArray ? std::to_string(inner.container->size()) : inner.key);
+    }
+
+    /// What findings call the node or element that is being read, "node tap 3"; "" when nothing has a name.
+    std::string nameOfItem() const
+    {
+        if (m_open.size() <= kLevelOfItems || !m_open[1].container->is_array()) return "";
+        const std::string& list = m_open.front().key;
+        const json& item = *m_open[kLevelOfItems].container;
+        if ((list != "nodes" && list != "elements") || !item.is_object()) return "";
+        const auto name = item.find("name");
+        if (name == item.end() || !name->is_string()) return "";
+        return (list == "nodes" ? "node " : "element ") + name->get_ref<const std::string&>();
+    }
+
     /// The parser's message without its own number and position and without what it read last, which may be
     /// long.
     static std::string plainMessage(const std::string& message)
@@ -207,16 +336,20 @@ private:
             const std::size_t rest = text.rfind("'; expected ");
             text.erase(lastRead, rest == std::string::npos ? rest : rest + 1 - lastRead);
         }
-        if (text.rfind("number overflow", 0) == 0) return text.substr(0, kShownLength);
         return text;
     }
 
     const std::string& m_text;
+    const std::vector<std::size_t>& m_tooLarge;
     const std::string& m_file;
     const Position& m_position;
     Findings& m_findings;
     JsonDocument m_document;
     std::vector<OpenContainer> m_open;
+    Findings m_ofItem;               // in the item that is being read, until its name is known
+    std::size_t m_numbers = 0;       // read so far
+    std::size_t m_nextTooLarge = 0;  // position in m_tooLarge
+    bool m_hasMetTooLarge = false;
 };
 
 /// Wanted places of a document as a tree of their keys. Step 0 is the whole document.
@@ -358,9 +491,23 @@ void countNotKept(const Findings& found, const std::vector<Finding>& examples, F
 
 std::optional<JsonDocument> parseJson(const std::string& text, const std::string& file, Findings& findings)
 {
+    const std::vector<std::size_t> none;
+    {
+        Findings found;
+        Position position;
+        DocumentBuilder builder(text, none, file, position, found);
+        std::optional<JsonDocument> document;
+        if (parse(text, position, builder)) document = builder.take();
+        if (!builder.hasMetTooLarge()) {
+            findings.append(found);
+            return document;
+        }
+    }
+    // The parser ends at a number that is too large: all of them are found, and the rest is read without them.
+    const StorableText mended = storable(text);
     Position position;
-    DocumentBuilder builder(text, file, position, findings);
-    if (!parse(text, position, builder)) return std::nullopt;
+    DocumentBuilder builder(mended.text, mended.tooLarge, file, position, findings);
+    if (!parse(mended.text, position, builder)) return std::nullopt;
     return builder.take();
 }
 
@@ -371,7 +518,10 @@ void appendWithLines(const std::string& text, const Findings& found, Findings& f
         wanted.add(finding.place.pointer);
     Position position;
     LineFinder finder(wanted, position);
-    if (!found.isEmpty()) parse(text, position, finder);
+    const bool isStorable =
+        std::none_of(found.list().begin(), found.list().end(),
+                     [](const Finding& finding) { return finding.code == Code::number_too_large; });
+    if (!found.isEmpty()) parse(isStorable ? text : storable(text).text, position, finder);
 
     std::vector<Finding> lastOfCode;
     std::vector<bool> isSeen(static_cast<std::size_t>(Code::kCount), false);

@@ -27,8 +27,8 @@ struct JsonDocument {
 };
 
 /// The document in text (JSON, RFC 8259); nothing, and a finding with line and column, at the first syntax
-/// error, number out of range or nesting beyond kDeepestNesting. A key that an object holds twice is a
-/// finding too. file names the text in findings.
+/// error or nesting beyond kDeepestNesting. A key that an object holds twice is a finding too, and so is each
+/// number that is too large to be stored, which is infinite in the document. file names the text in findings.
 std::optional<JsonDocument> parseJson(const std::string& text, const std::string& file, Findings& findings);
 
 /// Adds the findings of a document to others in the order of their lines. The line of each one is that of the

@@ -59,8 +59,9 @@ struct tvkNetwork {
     /// The network to be kept by a result; the next change is then made to a copy.
     std::shared_ptr<const kit::Network> share() const;
     /// The network in a form that every check of the reader has passed: as it was read, or written and read
-    /// again after changes. Null, and findings, when it does not pass.
-    std::shared_ptr<const kit::Network> checked(kit::Findings& findings) const;
+    /// again after changes. Null, and findings, when it does not pass; flawed then as for readNetworkText.
+    std::shared_ptr<const kit::Network> checked(kit::Findings& findings,
+                                                std::optional<kit::Network>* flawed = nullptr) const;
     /// Takes a changed network.
     void replace(kit::Network network);
     /// The network to be changed. Names and checks are done anew afterwards.

@@ -74,14 +74,40 @@ std::string endingOf(std::string_view path)
     throw Refusal{place, "the ending of the name says no format", "end it with " + endings};
 }
 
-/// The solution to be drawn or exported with a network; null when there is none. Refuses that of another
-/// network.
+[[noreturn]] void refuseOtherNetwork(const std::string& difference)
+{
+    refuse("the result is that of another network: " + difference, "pass the network that was solved");
+}
+
+/// Refuses lists of another length or with other names.
+template <class Object>
+void requireSameNames(const std::vector<Object>& solved, const std::vector<Object>& given,
+                      const std::string& what)
+{
+    if (solved.size() != given.size())
+        refuseOtherNetwork("it has " + std::to_string(solved.size()) + ' ' + what + "s, the one given has " +
+                           std::to_string(given.size()));
+    for (std::size_t i = 0; i < solved.size(); ++i) {
+        if (solved[i].name != given[i].name)
+            refuseOtherNetwork(what + " number " + std::to_string(i + 1) + " is " + inQuotes(solved[i].name) +
+                               " there and " + inQuotes(given[i].name) + " in the one given");
+    }
+}
+
+/// The solution to be drawn or exported with a network; null when there is none. Refuses that of a network with
+/// other nodes or elements; their values may be those of another scenario.
 const Solution* solutionFor(const Network& network, const tvkResult* result)
 {
     if (result == nullptr) return nullptr;
-    if (result->network->nodes.size() != network.nodes.size() ||
-        result->network->elements.size() != network.elements.size())
-        refuse("the result belongs to another network", "pass the network that was solved");
+    const Network& solved = *result->network;
+    if (&solved == &network) return result->solution.get();
+    requireSameNames(solved.nodes, network.nodes, "node");
+    requireSameNames(solved.elements, network.elements, "element");
+    for (std::size_t i = 0; i < network.elements.size(); ++i) {
+        const Element& element = network.elements[i];
+        if (solved.elements[i].from != element.from || solved.elements[i].to != element.to)
+            refuseOtherNetwork("element " + inQuotes(element.name) + " joins other nodes there");
+    }
     return result->solution.get();
 }
 

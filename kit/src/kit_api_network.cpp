@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "csv_pair.h"
+#include "doctor.h"
 #include "file_text.h"
 #include "inp_import.h"
 #include "kit_api_options.h"
@@ -23,12 +24,13 @@ std::shared_ptr<const kit::Network> tvkNetwork::share() const
     return m_network;
 }
 
-std::shared_ptr<const kit::Network> tvkNetwork::checked(kit::Findings& findings) const
+std::shared_ptr<const kit::Network> tvkNetwork::checked(kit::Findings& findings,
+                                                        std::optional<kit::Network>* flawed) const
 {
     if (m_isRead) return share();
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_checked) return m_checked;
-    auto network = kit::readNetworkText(kit::networkText(*m_network), m_network->file, findings);
+    auto network = kit::readNetworkText(kit::networkText(*m_network), m_network->file, findings, flawed);
     if (!network) return nullptr;
     for (std::size_t i = 0; i < network->nodes.size(); ++i)
         network->nodes[i].line = m_network->nodes[i].line;
@@ -106,16 +108,18 @@ std::optional<std::pair<std::string, std::string>> csvPaths(const std::string& p
     return std::make_pair(path.substr(0, comma), path.substr(comma + 1));
 }
 
-std::optional<Network> readByEnding(const std::string& path, Findings& findings)
+/// flawed as for readNetworkFile.
+std::optional<Network> readByEnding(const std::string& path, const InpOptions& inpOptions, Findings& findings,
+                                    std::optional<Network>* flawed = nullptr)
 {
-    if (endsWith(path, ".inp")) return importInp(path, InpOptions(), findings);
-    if (const auto pair = csvPaths(path)) return readCsvPair(pair->first, pair->second, findings);
+    if (endsWith(path, ".inp")) return importInp(path, inpOptions, findings);
+    if (const auto pair = csvPaths(path)) return readCsvPair(pair->first, pair->second, findings, flawed);
     if (endsWith(path, ".csv")) {
         findings.add(Code::bad_option, {path, 0, 0, "", ""}, "is one table, and a network has two",
                      "name both, with a comma and no blank between them: NODES.csv,ELEMENTS.csv");
         return std::nullopt;
     }
-    return readNetworkFile(path, findings);
+    return readNetworkFile(path, findings, flawed);
 }
 
 /// The object of a patch.
@@ -194,7 +198,21 @@ tvkStatus tvkReadNetwork(const char* path, tvkNetwork** network, tvkFindings* fi
     if (network != nullptr) *network = nullptr;
     return guarded(findings, [&](kit::Findings& list) {
         required(network, "network");
-        return kit::giveNetwork(network, kit::readByEnding(&required(path, "path"), list));
+        return kit::giveNetwork(network, kit::readByEnding(&required(path, "path"), {}, list));
+    });
+}
+
+tvkStatus tvkReadAndExamine(const char* path, const char* options, tvkNetwork** network,
+                            tvkFindings* findings)
+{
+    if (network != nullptr) *network = nullptr;
+    return guarded(findings, [&](kit::Findings& list) {
+        required(network, "network");
+        std::optional<kit::Network> flawed;
+        auto read = kit::readByEnding(&required(path, "path"), kit::inpOptions(options), list, &flawed);
+        if (flawed) list.append(kit::examineFlawed(*flawed, list));
+        if (read) list.append(kit::examine(*read));
+        return kit::giveNetwork(network, std::move(read));
     });
 }
 

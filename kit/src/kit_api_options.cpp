@@ -113,7 +113,8 @@ std::optional<double> Options::clock(const std::string& key)
     if (value->is_number() && value->get<double>() >= 0.0) seconds = value->get<double>();
     if (!seconds)
         refuseOption(key, shownValue(*value) + " is no time of day",
-                     "write it as \"HH:MM\", or as a number of seconds");
+                     value->is_string() ? "write hours and minutes with a colon: \"10:00\""
+                                        : "give seconds, 0 or above, or a text such as \"10:00\"");
     return seconds;
 }
 

@@ -401,7 +401,11 @@ tvkStatus tvkReadResult(const char* path, tvkResult** result, tvkFindings* findi
 tvkStatus tvkExamine(const tvkNetwork* network, tvkFindings* findings)
 {
     return guarded(findings, [&](kit::Findings& list) {
-        const auto examined = required(network, "network").checked(list);
+        std::optional<kit::Network> flawed;
+        kit::Findings found;
+        const auto examined = required(network, "network").checked(found, &flawed);
+        list.append(found);
+        if (flawed) list.append(kit::examineFlawed(*flawed, found));
         if (!examined) return TVK_BAD_INPUT;
         list.append(kit::examine(*examined));
         return TVK_OK;

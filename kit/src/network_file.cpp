@@ -1,5 +1,6 @@
 #include "network_file.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -62,7 +63,7 @@ public:
         readNodes();
         readElements();
         readAnswer();
-        if (m_hasLists && m_parts.isConnected())
+        if (isWhole() || (m_hasLists && m_network.nodes.empty()))
             checkTogether(m_network, PointerOf::parts, m_document.pointer(), m_reading.findings);
         readScenarios();
         return std::move(m_network);
@@ -169,6 +170,7 @@ private:
     void readNodes()
     {
         const json* values = m_document.array("nodes", Need::required, "the list of nodes");
+        if (values == nullptr || values->empty()) m_parts.setNodesMissing();
         if (values == nullptr) {
             m_hasLists = false;
             return;
@@ -247,7 +249,7 @@ private:
         }
         for (const auto& [name, numbers] : value->get_ref<const json::object_t&>()) {
             const std::string pointer = pointerTo(answer.pointerOf(key), name);
-            if (positions.count(name) == 0)
+            if (positions.count(name) == 0 && m_hasLists)
                 m_reading.report(Code::unknown_reference, pointer, "",
                                  "there is no " + inQuotes(name) + " in \"" + key + '"', "correct the name");
             const ObjectReader entry(numbers, pointer, name, keysOf(type), m_reading);
@@ -260,19 +262,22 @@ private:
         return expected;
     }
 
-    /// Scenarios change a network without errors, so that every finding of theirs is their own.
+    /// What a scenario finds in a network with errors is listed too, without the errors that are the network's.
     void readScenarios()
     {
-        const bool isSound = !m_reading.findings.hasErrors();
         ScenarioBase base(m_network, m_nodePositions, m_elementPositions);
         base.document = &m_document.value();
+        base.isSound = !m_reading.findings.hasErrors();
         readNamed("scenarios", [&](const json& value, const std::string& pointer, const std::string& name) {
             const ObjectReader reader(value, pointer, "scenario " + name, keysOf(ObjectType::scenario),
                                       m_reading);
-            if (!isSound || !reader.isObject()) return;
+            if (!m_hasLists || !reader.isObject()) return;
             if (auto patch = checkedScenario(base, reader)) m_network.scenarios[name] = patch->dump();
         });
     }
+
+    /// Whether nodes and elements are there and joined, whatever else is wrong with them.
+    bool isWhole() const { return m_hasLists && m_parts.isConnected(); }
 
     const ItemLines& m_lines;
     Reading m_reading;
@@ -284,39 +289,80 @@ private:
     bool m_hasLists = true;
 };
 
+/// Whether a document is a result file; then that is all there is to say about it.
+bool isResultFile(const json& document, const std::string& file, Findings& findings)
+{
+    if (!document.is_object() || !document.contains("tavell_result") || document.contains("tavell"))
+        return false;
+    findings.add(Code::other_kind_of_file, Place{file, 0, 0, "", ""},
+                 "the file is a result file, no network file",
+                 "name the network file that was solved; a copy of the network is in the result file as "
+                 "\"network\"");
+    return true;
+}
+
+/// Whether the parts of a network keep their meaning under an error.
+bool leavesMeaning(const Finding& finding)
+{
+    switch (finding.code) {
+    case Code::duplicate_key:
+    case Code::unknown_key:
+    case Code::isolated_node:
+    case Code::no_given_pressure:
+    case Code::needs_one_element:
+    case Code::needs_section:
+    case Code::nodes_at_one_place:
+    case Code::length_below_distance:
+    case Code::length_missing:
+        return true;
+    default:
+        return finding.severity != Severity::error || finding.place.pointer.rfind("/scenarios/", 0) == 0 ||
+               finding.place.pointer.rfind("/answer", 0) == 0;
+    }
+}
+
+/// The network when there are no errors; one whose parts keep their meaning goes to flawed otherwise.
+std::optional<Network> orFlawed(Network network, const Findings& found, std::optional<Network>* flawed)
+{
+    if (!found.hasErrors()) return network;
+    if (flawed != nullptr && std::all_of(found.list().begin(), found.list().end(), leavesMeaning))
+        *flawed = std::move(network);
+    return std::nullopt;
+}
+
 }  // namespace
 
-std::optional<Network> readNetworkFile(const std::string& path, Findings& findings)
+std::optional<Network> readNetworkFile(const std::string& path, Findings& findings,
+                                       std::optional<Network>* flawed)
 {
     const auto text = readTextFile(path, Encoding::utf8, findings);
     if (!text) return std::nullopt;
-    return readNetworkText(*text, path, findings);
+    return readNetworkText(*text, path, findings, flawed);
 }
 
-std::optional<Network> readNetworkText(const std::string& text, const std::string& file, Findings& findings)
+std::optional<Network> readNetworkText(const std::string& text, const std::string& file, Findings& findings,
+                                       std::optional<Network>* flawed)
 {
     Findings found;
     const auto document = parseJson(text, file, found);
-    Network network;
-    if (document) network = NetworkReader(document->root, "", file, document->itemLines, found).read();
-    const bool isGood = !found.hasErrors();
-    if (document)
-        appendWithLines(text, found, findings);
-    else
+    if (!document) {
         findings.append(found);
-    if (!isGood) return std::nullopt;
-    return network;
+        return std::nullopt;
+    }
+    if (isResultFile(document->root, file, findings)) return std::nullopt;
+    Network network = NetworkReader(document->root, "", file, document->itemLines, found).read();
+    appendWithLines(text, found, findings);
+    return orFlawed(std::move(network), found, flawed);
 }
 
 std::optional<Network> readNetworkDocument(const json& document, const std::string& pointer,
-                                           const std::string& file, Findings& findings)
+                                           const std::string& file, Findings& findings,
+                                           std::optional<Network>* flawed)
 {
     Findings found;
     Network network = NetworkReader(document, pointer, file, {}, found).read();
-    const bool isGood = !found.hasErrors();
     findings.append(found);
-    if (!isGood) return std::nullopt;
-    return network;
+    return orFlawed(std::move(network), found, flawed);
 }
 
 }  // namespace kit

@@ -386,6 +386,7 @@ std::optional<std::size_t> PartReader::readEnd(const ObjectReader& reader, const
     if (!name) return std::nullopt;
     const auto found = m_nodes.find(*name);
     if (found != m_nodes.end()) return found->second;
+    if (!m_hasNodes) return std::nullopt;
     reader.report(Code::unknown_node, key, "there is no node " + inQuotes(*name),
                   "add it to \"nodes\" or correct the name");
     return std::nullopt;

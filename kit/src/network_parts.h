@@ -43,6 +43,9 @@ public:
                                                     const std::string& pointer, const std::string& object,
                                                     bool isThirdNeeded = true);
 
+    /// Says that there is no list of nodes, so that no end of an element is looked for.
+    void setNodesMissing() { m_hasNodes = false; }
+
     /// Whether all that was read is good enough to be checked together.
     bool isConnected() const { return m_isConnected; }
 
@@ -77,6 +80,7 @@ private:
     const Positions& m_nodes;
     const Reading& m_reading;
     bool m_isConnected = true;
+    bool m_hasNodes = true;
 };
 
 }  // namespace kit

@@ -93,6 +93,12 @@ std::string shortened(std::string text)
     return text.substr(0, end) + "...";
 }
 
+/// Whether a value stands for a number that is too large to be stored; the parser has said so.
+bool isTooLarge(const json& value)
+{
+    return value.is_number_float() && std::isinf(value.get<double>());
+}
+
 /// A number without a unit of its own in SI units.
 double inSi(const json& value, const NumberRule& rule, const Reading& reading)
 {
@@ -137,6 +143,7 @@ std::string shownValue(const json& value)
 {
     if (value.is_object()) return "an object";
     if (value.is_array()) return "an array";
+    if (isTooLarge(value)) return "a number that is too large";
     return shortened(value.dump(-1, ' ', false, json::error_handler_t::replace));
 }
 
@@ -196,6 +203,8 @@ std::optional<double> checkedNumber(const json& value, const NumberRule& rule, c
     if (value.is_string()) {
         number = numberInText(value, rule, reading, pointer, object);
         if (!number) return std::nullopt;
+    } else if (isTooLarge(value)) {
+        return std::nullopt;
     } else if (value.is_number()) {
         number = inSi(value, rule, reading);
     } else {

@@ -24,6 +24,8 @@ constexpr double kPalest = 0.92;
 /// Beyond this many times the value below which 98 % lie, the highest values are left off the scale.
 constexpr double kFarAbove = 2.5;
 constexpr std::size_t kFewValues = 40;
+/// Values that differ by less than this part of them are the same, whatever the solve left in their last digits.
+constexpr double kRounding = 1e-9;
 
 const std::vector<double>& siValues(const Solution& solution, PictureQuantity quantity)
 {
@@ -89,6 +91,7 @@ std::optional<PictureQuantity> findPictureQuantity(std::string_view name)
 std::vector<double> pictureValues(const Solution& solution, PictureQuantity quantity, const UnitSet& units)
 {
     if (!solution.hasResults() || quantity == PictureQuantity::none) return {};
+    if (quantity == PictureQuantity::temperature && !solution.hasTemperatures) return {};
     const PictureColumn& column = columnOf(quantity);
     const std::string unit = displayUnit(units, column.unit);
     std::vector<double> values = siValues(solution, quantity);
@@ -117,6 +120,8 @@ ColourRange colourRange(const std::vector<double>& values)
     if (finite.empty()) return range;
     range.low = *std::min_element(finite.begin(), finite.end());
     range.high = *std::max_element(finite.begin(), finite.end());
+    const double size = std::max(std::abs(range.low), std::abs(range.high));
+    if (range.high - range.low <= kRounding * size) range.high = range.low;
     if (finite.size() < kFewValues) return range;
 
     const auto quantile = [&](double share) {

@@ -95,7 +95,12 @@ public:
             if (!(value > 0.0)) return;
             rows.push_back({label, display(value, quantity), displayUnit(m_options.units, quantity)});
         };
-        add("Temperature", fluid.temperature, Quantity::temperature);
+        // with a given density the temperature of a fluid without one says nothing
+        const auto isDensity = [](const auto& property) { return property.first == TAVELL_FLUID_DENSITY; };
+        const auto& given = m_network.fluid.properties;
+        const bool isDensityGiven = std::any_of(given.begin(), given.end(), isDensity);
+        if (m_network.fluid.temperature || m_solution.hasTemperatures || !isDensityGiven)
+            add("Temperature", fluid.temperature, Quantity::temperature);
         add("Density", fluid.density, Quantity::density);
         add("Viscosity", fluid.viscosity, Quantity::viscosity);
         if (m_solution.hasTemperatures) {

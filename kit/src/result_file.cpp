@@ -374,7 +374,15 @@ private:
 bool isKnownVersion(const Json& root, const std::string& file, Findings& findings)
 {
     const ResultReader reader(file, findings);
-    if (!root.is_object() || !root.contains("tavell_result")) {
+    const bool isObject = root.is_object();
+    if (isObject && root.contains("tavell") && !root.contains("tavell_result")) {
+        findings.add(Code::other_kind_of_file, Place{file, 0, 0, "", ""},
+                     "the file is a network file, no result file",
+                     "solve the network and let its result be written: \"tavell solve " + oneLine(file) +
+                         " --result NAME.result.json\"");
+        return false;
+    }
+    if (!isObject || !root.contains("tavell_result")) {
         reader.fail("", "the key \"tavell_result\" is missing");
         return false;
     }
@@ -395,27 +403,79 @@ bool differ(double a, double b, double tolerance)
     return !(std::fabs(a - b) <= tolerance);
 }
 
-bool areAlike(const Certificate& a, const Certificate& b)
+/// Compares the values of a certificate with those of the same check made again.
+class CertificateComparison
 {
-    const auto worst = [](double x, double y) {
-        return kRoundingOfWorst * std::max(std::fabs(x), std::fabs(y));
+public:
+    CertificateComparison(const Certificate& stated, const Certificate& again)
+    {
+        compareWords("is_good", stated.isGood ? "true" : "false", again.isGood ? "true" : "false");
+        compareWords("elements_checked", std::to_string(stated.elementsChecked),
+                     std::to_string(again.elementsChecked));
+        compareWords("elements_not_checked", std::to_string(stated.elementsNotChecked),
+                     std::to_string(again.elementsNotChecked));
+        compareMeasure("mass_imbalance", {stated.massImbalance, stated.relativeMassImbalance},
+                       {again.massImbalance, again.relativeMassImbalance});
+        compareMeasure("law_mismatch", {stated.lawMismatch, stated.relativeLawMismatch},
+                       {again.lawMismatch, again.relativeLawMismatch});
+        if (differ(stated.columnMismatch, again.columnMismatch, kRoundingOfMeasure))
+            add("column_mismatch", stated.columnMismatch, again.columnMismatch);
+        if (stated.energyImbalance.has_value() != again.energyImbalance.has_value())
+            compareWords("energy_imbalance", wordOf(stated.energyImbalance), wordOf(again.energyImbalance));
+        else if (stated.energyImbalance)
+            compareMeasure("energy_imbalance", {*stated.energyImbalance, *stated.relativeEnergyImbalance},
+                           {*again.energyImbalance, *again.relativeEnergyImbalance});
+    }
+
+    bool areAlike() const { return m_text.empty(); }
+    /// "mass_imbalance is 1e-3 in the file and 2e-9 by its numbers; ...".
+    const std::string& text() const { return m_text; }
+
+private:
+    /// A worst value and the same over the measure of the network.
+    struct Measure {
+        double value;
+        double relative;
     };
-    if (a.isGood != b.isGood || a.elementsChecked != b.elementsChecked ||
-        a.elementsNotChecked != b.elementsNotChecked ||
-        a.energyImbalance.has_value() != b.energyImbalance.has_value())
-        return false;
-    // Worst values are compared only where they are more than the rounding of the measure.
-    const auto differs = [&](double x, double y, double relativeX, double relativeY) {
-        return differ(relativeX, relativeY, kRoundingOfMeasure + worst(relativeX, relativeY)) ||
-               (std::max(relativeX, relativeY) > 1e3 * kRoundingOfMeasure && differ(x, y, worst(x, y)));
-    };
-    if (differs(a.massImbalance, b.massImbalance, a.relativeMassImbalance, b.relativeMassImbalance) ||
-        differs(a.lawMismatch, b.lawMismatch, a.relativeLawMismatch, b.relativeLawMismatch) ||
-        differ(a.columnMismatch, b.columnMismatch, kRoundingOfMeasure))
-        return false;
-    return !a.energyImbalance || !differs(*a.energyImbalance, *b.energyImbalance, *a.relativeEnergyImbalance,
-                                          *b.relativeEnergyImbalance);
-}
+
+    static std::string wordOf(const std::optional<double>& value)
+    {
+        return value ? shortNumber(*value) : "null";
+    }
+
+    static double roundingOf(double a, double b)
+    {
+        return kRoundingOfWorst * std::max(std::fabs(a), std::fabs(b));
+    }
+
+    void compareWords(const char* key, const std::string& stated, const std::string& again)
+    {
+        if (stated == again) return;
+        m_text += (m_text.empty() ? "" : "; ") + inQuotes(key) + " is " + stated + " in the file and " +
+                  again + " by its numbers";
+    }
+
+    /// Written with as many digits as it takes to tell them apart.
+    void add(const std::string& key, double stated, double again)
+    {
+        const bool looksEqual = shortNumber(stated) == shortNumber(again);
+        compareWords(key.c_str(), looksEqual ? exactNumber(stated) : shortNumber(stated),
+                     looksEqual ? exactNumber(again) : shortNumber(again));
+    }
+
+    /// Worst values are compared only where they are more than the rounding of the measure.
+    void compareMeasure(const std::string& key, Measure stated, Measure again)
+    {
+        if (differ(stated.relative, again.relative,
+                   kRoundingOfMeasure + roundingOf(stated.relative, again.relative)))
+            add("relative_" + key, stated.relative, again.relative);
+        else if (std::max(stated.relative, again.relative) > 1e3 * kRoundingOfMeasure &&
+                 differ(stated.value, again.value, roundingOf(stated.value, again.value)))
+            add(key, stated.value, again.value);
+    }
+
+    std::string m_text;
+};
 
 }  // namespace
 
@@ -543,12 +603,9 @@ bool verifyResult(const ResultFile& result, Findings& findings)
         findings.add(Code::result_of_other_program_version, place,
                      "the result was made by version " + oneLine(stated.version) + ", this is version " +
                          again.version);
-    if (!areAlike(stated, again)) {
-        findings.add(Code::certificate_differs, place,
-                     "the file states a mass imbalance of " + shortNumber(stated.relativeMassImbalance) +
-                         " and a law mismatch of " + shortNumber(stated.relativeLawMismatch) +
-                         "; its numbers give " + shortNumber(again.relativeMassImbalance) + " and " +
-                         shortNumber(again.relativeLawMismatch));
+    const CertificateComparison comparison(stated, again);
+    if (!comparison.areAlike()) {
+        findings.add(Code::certificate_differs, place, comparison.text());
         isVerified = false;
     }
     if (again.isGood) return isVerified;

@@ -1,5 +1,6 @@
 #include "scenario.h"
 
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -68,7 +69,7 @@ public:
                   [this](const json& patch, std::size_t position, const std::string& at) {
                       readElement(patch, position, at);
                   });
-        if (m_parts.isConnected() && !m_reading.findings.hasErrors())
+        if (m_base.isSound && m_parts.isConnected() && !m_reading.findings.hasErrors())
             checkTogether(m_network, PointerOf::all, m_scenario.pointer(), m_reading.findings);
         return m_network;
     }
@@ -201,6 +202,50 @@ std::vector<std::string> scenarioNames(const Network& network)
     return names;
 }
 
+/// The scenario with a patch in the place of each of its own that changes nothing.
+json withoutChanges(const ScenarioBase& base, const json& scenario)
+{
+    json same = json::object();
+    for (const char* key : {"fluid", "settings"}) {
+        if (scenario.contains(key)) same[key] = json::object();
+    }
+    if (scenario.contains("gravity") && base.document->contains("gravity"))
+        same["gravity"] = (*base.document)["gravity"];
+    for (const auto& [key, positions] :
+         {std::pair<const char*, const Positions&>{"nodes", base.nodes},
+          std::pair<const char*, const Positions&>{"elements", base.elements}}) {
+        const auto patches = scenario.find(key);
+        if (patches == scenario.end() || !patches->is_object()) continue;
+        for (const auto& [name, patch] : patches->get_ref<const json::object_t&>()) {
+            if (patch.is_object() && positions.count(name) > 0) same[key][name] = json::object();
+        }
+    }
+    return same;
+}
+
+/// What reading a scenario of a network with errors finds beyond those errors.
+Findings findingsOfItsOwn(const ScenarioBase& base, const ObjectReader& scenario, const Findings& found)
+{
+    const auto keyOf = [](const Finding& finding) {
+        return std::to_string(static_cast<int>(finding.code)) + ' ' + finding.place.pointer + ' ' +
+               finding.message;
+    };
+    Findings ofNetwork;
+    const Reading reading{scenario.reading().file, scenario.reading().units, ofNetwork};
+    const json same = withoutChanges(base, scenario.value());
+    const ObjectReader unchanged(same, scenario.pointer(), scenario.object(), keysOf(ObjectType::scenario),
+                                 reading);
+    ScenarioReader(base, unchanged).read();
+    std::unordered_set<std::string> known;
+    for (const Finding& finding : ofNetwork.list())
+        known.insert(keyOf(finding));
+    Findings own;
+    for (const Finding& finding : found.list()) {
+        if (known.count(keyOf(finding)) == 0) own.add(finding);
+    }
+    return own;
+}
+
 }  // namespace
 
 std::optional<json> checkedScenario(const ScenarioBase& base, const ObjectReader& scenario)
@@ -211,6 +256,10 @@ std::optional<json> checkedScenario(const ScenarioBase& base, const ObjectReader
                            keysOf(ObjectType::scenario), reading);
     ScenarioReader reader(base, own);
     reader.read();
+    if (!base.isSound) {
+        scenario.reading().findings.append(findingsOfItsOwn(base, scenario, found));
+        return std::nullopt;
+    }
     scenario.reading().findings.append(found);
     if (found.hasErrors()) return std::nullopt;
     return reader.patch();

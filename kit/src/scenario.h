@@ -32,10 +32,12 @@ struct ScenarioBase {
     const Positions& elements;
     /// The document it was read from, whose units the patches are in; null for patches in SI units.
     const nlohmann::json* document = nullptr;
+    bool isSound = true;  // the network has no errors
 };
 
 /// Checks the patches of a scenario in a file by reading the patched network. Returns them in SI units,
-/// without those that change nothing; nothing, and findings, when the patched network has errors.
+/// without those that change nothing; nothing, and findings, when the patched network has errors. Those that
+/// the network has without the patches are left out.
 std::optional<nlohmann::json> checkedScenario(const ScenarioBase& base, const ObjectReader& scenario);
 
 }  // namespace kit

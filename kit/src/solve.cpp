@@ -11,6 +11,7 @@
 #include "element_inputs.h"
 #include "element_kinds.h"
 #include "feedback_findings.h"
+#include "number_text.h"
 #include "solution.h"
 
 namespace kit
@@ -243,21 +244,41 @@ bool areFinite(const Network& network, const BuiltCircuit& built, Solution& solu
     return isFinite;
 }
 
-void addVerdict(const Network& network, const RunningSolve& solve, Solution& solution)
+std::string measureText(double value)
+{
+    return std::isfinite(value) ? shortNumber(value) : "that is no number";
+}
+
+/// ": the flows do not balance (relative error 0.3) and ..."; "" when no measure is known.
+std::string unmetText(const UnmetMeasures& unmet)
+{
+    std::string text;
+    if (unmet.mass) text += "the flows do not balance (relative error " + measureText(*unmet.mass) + ')';
+    if (unmet.pressure)
+        text += std::string(text.empty() ? "" : " and ") +
+                "the pressures do not fit the laws of the elements (relative error " +
+                measureText(*unmet.pressure) + ')';
+    return text.empty() ? text : ": " + text + "; 1e-06 is allowed";
+}
+
+void addVerdict(const Network& network, const RunningSolve& solve, const UnmetMeasures& unmet,
+                Solution& solution)
 {
     Place place;
     place.file = network.file;
-    const std::string iterations = std::to_string(solve.iteration) + " iterations";
-    if (solve.isStopped) {
-        solution.outcome = Outcome::cancelled;
-        solution.findings.add(Code::solve_cancelled, place, "the solve was cancelled after " + iterations)
-            .numbers.push_back({"iterations", static_cast<double>(solve.iteration), ""});
-    } else {
-        solution.findings
-            .add(Code::not_converged, place,
-                 "the solve ended after " + iterations + " without meeting its criterion")
-            .numbers.push_back({"iterations", static_cast<double>(solve.iteration), ""});
-    }
+    const std::string iterations =
+        std::to_string(solve.iteration) + (solve.iteration == 1 ? " iteration" : " iterations");
+    if (solve.isStopped) solution.outcome = Outcome::cancelled;
+    Finding& finding =
+        solve.isStopped ? solution.findings.add(Code::solve_cancelled, place,
+                                                "the solve was cancelled after " + iterations)
+                        : solution.findings.add(Code::not_converged, place,
+                                                "the solve ended after " + iterations +
+                                                    (unmet.isAtLimit ? ", the most that it may take," : "") +
+                                                    " without meeting its criterion" + unmetText(unmet));
+    finding.numbers.push_back({"iterations", static_cast<double>(solve.iteration), ""});
+    if (unmet.mass) finding.numbers.push_back({"relative mass error", *unmet.mass, ""});
+    if (unmet.pressure) finding.numbers.push_back({"relative pressure error", *unmet.pressure, ""});
 }
 
 }  // namespace
@@ -279,9 +300,9 @@ Solution solveNetwork(const Network& network, const Progress& progress)
         hasConverged = built->circuit->Solve(network.settings.solvesTemperatures, &isStopWanted);
     }
     solution.iterations = solve.iteration;
-    addFeedback(network, *built, hasConverged, solution.findings);
+    const UnmetMeasures unmet = addFeedback(network, *built, hasConverged, solution.findings);
     if (!hasConverged) {
-        addVerdict(network, solve, solution);
+        addVerdict(network, solve, unmet, solution);
         return solution;
     }
     ResultReader(network, *built, solution).read();

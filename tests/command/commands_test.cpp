@@ -296,12 +296,13 @@ TEST(Completion, of_bash_offers_commands_options_and_values)
         "set -u\n. \"$1\"\n"
         "offer() { COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _tavell; echo \"${COMPREPLY[*]}\"; }\n"
         "offer tavell so\noffer tavell solve --form\noffer tavell solve --format c\n"
-        "offer tavell completion f\noffer tavell solve FILE\n");
+        "offer tavell completion f\noffer tavell solve FILE\n"
+        "offer tavell solve --format = j\noffer tavell report --view =\n");
     const std::string output = (directory.path() / "output").string();
     const std::string line =
         "bash " + shellQuoted(test) + ' ' + shellQuoted(script) + " >" + shellQuoted(output) + " 2>&1";
     EXPECT_EQ(0, std::system(line.c_str()));
-    EXPECT_EQ("solve\n--format\ncsv\nfish\n\n", textOf(output));
+    EXPECT_EQ("solve\n--format\ncsv\nfish\n\njson\nplan elevation isometric\n", textOf(output));
 }
 
 TEST(Completion, names_every_command_for_every_shell)
@@ -379,6 +380,89 @@ TEST(CtrlC, stops_a_solve_with_status_1_and_writes_nothing)
     EXPECT_EQ(1, WEXITSTATUS(raw)) << textOf(errors);
     EXPECT_FALSE(std::filesystem::exists(tables));
     EXPECT_TRUE(isIn("stopped; there are no results", textOf(errors))) << textOf(errors);
+}
+
+TEST(CtrlC, ends_the_program_at_once_the_second_time)
+{
+    // The program waits for the rest of its network, so that nothing but the signals can end it.
+    const TemporaryDirectory directory;
+    const std::string pipe = (directory.path() / "net.json").string();
+    const std::string tables = (directory.path() / "tables.txt").string();
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    const pid_t child = fork();
+    ASSERT_NE(-1, child);
+    if (child == 0) {
+        execl(TAVELL_COMMAND, TAVELL_COMMAND, "solve", pipe.c_str(), "-o", tables.c_str(),
+              static_cast<char*>(nullptr));
+        _exit(99);
+    }
+    const int writer = open(pipe.c_str(), O_WRONLY);
+    ASSERT_NE(-1, writer);
+    int raw = 0;
+    // Signals that are sent before the first one has arrived count as one, so they are sent until it is over.
+    while (waitpid(child, &raw, WNOHANG) == 0) {
+        kill(child, SIGINT);
+        usleep(1000);
+    }
+    close(writer);
+    ASSERT_TRUE(WIFSIGNALED(raw));
+    EXPECT_EQ(SIGINT, WTERMSIG(raw));
+    EXPECT_FALSE(std::filesystem::exists(tables));
+}
+
+TEST(Completion, of_fish_and_zsh_is_a_script_that_they_take)
+{
+    const TemporaryDirectory directory;
+    for (const char* shell : {"fish", "zsh"}) {
+        if (!hasProgram(shell)) continue;
+        const std::string script =
+            directory.write(std::string("tavell.") + shell, runCommand({"completion", shell}).output);
+        EXPECT_EQ(0, std::system((std::string(shell) + " -n " + shellQuoted(script)).c_str())) << shell;
+    }
+    if (!hasProgram("fish")) GTEST_SKIP() << "no fish on this system";
+    const std::string output = (directory.path() / "output").string();
+    const std::string line = "HOME=" + shellQuoted(directory.path().string()) +
+                             " fish --no-config -c 'source " + (directory.path() / "tavell.fish").string() +
+                             "; complete -C \"tavell so\"; complete -C \"tavell solve --format \"' >" +
+                             shellQuoted(output);
+    EXPECT_EQ(0, std::system(line.c_str()));
+    EXPECT_EQ(
+        "solve\tSolve a network and print its results\ncsv\tform of the tables\njson\tform of the tables\n"
+        "text\tform of the tables\n",
+        textOf(output));
+}
+
+TEST(EpanetOptions, of_another_file_are_refused)
+{
+    for (const std::vector<std::string>& option :
+         {std::vector<std::string>{"--time", "10:00"}, std::vector<std::string>{"--freeze-valves"}}) {
+        std::vector<std::string> arguments{"solve", kTwoLoops};
+        arguments.insert(arguments.end(), option.begin(), option.end());
+        const Outcome outcome = runCommand(arguments);
+        EXPECT_EQ(2, outcome.status);
+        EXPECT_TRUE(isIn(option.front() + ": is for EPANET files (.inp) only", outcome.errors))
+            << outcome.errors;
+        EXPECT_EQ(1U, linesOf(outcome.errors).size()) << outcome.errors;
+    }
+}
+
+TEST(Check, goes_on_behind_errors_of_the_whole_network)
+{
+    const TemporaryDirectory directory;
+    json network = baseNetwork();
+    for (const char* node :
+         {R"({"name": "alone", "at": [0, 0, 9]})", R"({"name": "far", "at": [1000, 0, 0]})",
+          R"({"name": "away", "at": [1010, 0, 0]})"})
+        network["nodes"].push_back(json::parse(node));
+    network["elements"].push_back(
+        json::parse(R"({"name": "apart", "type": "pipe", "from": "far", "to": "away", "diameter": 0.1})"));
+    for (const char* command : {"check", "doctor"}) {
+        const Outcome outcome = runCommand({command, directory.write("net.json", network.dump())});
+        EXPECT_EQ(2, outcome.status);
+        EXPECT_TRUE(isIn("node alone): no element starts or ends here", outcome.errors)) << outcome.errors;
+        EXPECT_TRUE(isIn("[disconnected-part]", outcome.errors)) << outcome.errors;
+        EXPECT_FALSE(isIn("[node-joins-nothing]", outcome.errors)) << outcome.errors;
+    }
 }
 
 }  // namespace

@@ -357,6 +357,44 @@ TEST(Solve, remarks_on_a_part_without_pressure_and_still_prints_results)
         EXPECT_NE(std::string::npos, outcome.errors.find(name)) << outcome.errors;
 }
 
+TEST(Solve, names_parts_without_pressure_in_one_line_and_no_open_pipe_at_rest)
+{
+    constexpr int kLoops = 12;
+    json network = baseNetwork();
+    const char* const kCurve = "[[0, 100000], [0.01, 90000], [0.02, 70000], [0.03, 40000]]";
+    for (int i = 0; i < kLoops; ++i) {
+        const std::string number = std::to_string(i);
+        const auto node = [&](const char* name, int x) {
+            network["nodes"].push_back({{"name", name + number}, {"at", {x, 100 + i, 0}}});
+        };
+        const auto add = [&](const std::string& name, const char* type, const std::string& ends,
+                             const std::string& values) {
+            network["elements"].push_back(json::parse(R"({"name": ")" + name + number + R"(", "type": ")" +
+                                                      type + "\", " + ends + ", " + values + "}"));
+        };
+        node("X", 0);
+        node("Y", 5);
+        node("Z", 9);
+        network["nodes"].back()["outlet"]["mass_flow"] = 0;
+        const std::string x = "\"X" + number + "\"";
+        const std::string y = "\"Y" + number + "\"";
+        const std::string z = "\"Z" + number + "\"";
+        const std::string pump = std::string(R"("fixed_mass_flow": 0.01, "curve": )") + kCurve;
+        add("open", "pipe", "\"from\": " + x + ", \"to\": " + y, "\"diameter\": 0.1");
+        add("rest", "pipe", "\"from\": " + y + ", \"to\": " + z, "\"diameter\": 0.1");
+        add("feed", "pump", "\"from\": \"B\", \"to\": " + x, pump);
+        add("return", "pump", "\"from\": " + y + ", \"to\": \"C\"", pump);
+    }
+    const Outcome outcome = solveNetwork(network);
+    EXPECT_EQ(0, outcome.status) << outcome.errors;
+    EXPECT_EQ(2U, linesOf(outcome.errors).size()) << outcome.errors;
+    EXPECT_NE(std::string::npos,
+              outcome.errors.find("12 parts of the network have no given pressure, those around node X0, "))
+        << outcome.errors;
+    EXPECT_NE(std::string::npos, outcome.errors.find(" and 2 more")) << outcome.errors;
+    EXPECT_EQ(std::string::npos, outcome.errors.find("rest")) << outcome.errors;
+}
+
 /// A file of the base network and the path of a CSV file beside it.
 struct CsvRun {
     TemporaryDirectory directory;

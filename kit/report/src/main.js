@@ -13,6 +13,8 @@ const byId = id => document.getElementById(id);
 const model = new Model(JSON.parse(byId('data').textContent));
 
 heading(model);
+// without results the findings are what the page is about
+if (!model.data.hasResults) byId('summary').after(byId('findings'));
 
 const tables = {};
 const view = new NetworkView(byId('network'), model, {

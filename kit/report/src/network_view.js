@@ -1,17 +1,19 @@
 // network_view.js: the drawing with its controls, legend, tooltip and the card of the selected object.
 import {select, zoom, zoomIdentity, zoomTransform} from 'd3';
-import {gradient, fractionOf} from './colours.js';
+import {colourAt, gradient, fractionOf} from './colours.js';
 import {h, icon, oncePerFrame} from './dom.js';
 import {prettyUnit, shortNumber, withUnit} from './numbers.js';
 import {Painter} from './painter.js';
 import {kSceneSize, Scene} from './scene.js';
 import {searchBox} from './search_box.js';
-import {niceTicks} from './ticks.js';
+import {digitsFor, niceTicks} from './ticks.js';
 import {sameObject} from './model.js';
 
 const kViews = ['plan', 'elevation', 'isometric'];
 const kNodeReach = 9;
 const kLineReach = 7;
+/** Letters that find room below the legend's bar. */
+const kLegendLetters = 30;
 
 const kIcons = {
     pump: '<circle r="7"/><path d="M-3.5 -6L7 0L-3.5 6"/>',
@@ -176,14 +178,21 @@ export class NetworkView {
         this.legend.hidden = quantity === null;
         if (quantity === null) return;
         const {label, unit, low, high, hasLower, hasHigher} = quantity;
-        const ticks = niceTicks(low, high, 4);
+        const allTicks = niceTicks(low, high, 4);
+        const text = value => shortNumber(value, digitsFor(allTicks));
+        // long numbers stand at every second or third tick
+        const room = kLegendLetters / allTicks.length;
+        const every = Math.max(1, ...allTicks.map(tick => Math.ceil(text(tick).length / room)));
+        const ticks = allTicks.filter((_, i) => i % every === 0);
+        const isOneValue = !(high > low);
+        const range = isOneValue ? 'the same everywhere' : `${text(low)} to ${text(high)}`;
+        const beyond = [hasLower ? `some below ${text(low)}` : '', hasHigher ? `some above ${text(high)}` : ''].filter(Boolean).join(', ');
         this.legend.replaceChildren(
             h('div', {class: 'legend-title'}, h('strong', {}, label), ` ${prettyUnit(unit)}`),
-            h('div', {class: 'legend-bar', style: `background: ${gradient(this.painter.theme)}`}),
+            h('div', {class: 'legend-bar', style: `background: ${isOneValue ? colourAt(0.5, this.painter.theme) : gradient(this.painter.theme)}`}),
             h('div', {class: 'legend-ticks'}, ticks.map(tick =>
-                h('span', {style: `left: ${100 * fractionOf(quantity, tick)}%`}, shortNumber(tick)))),
-            h('div', {class: 'legend-note'}, [hasLower ? `some below ${shortNumber(low)}` : '',
-                                             hasHigher ? `some above ${shortNumber(high)}` : ''].filter(Boolean).join(', ')));
+                h('span', {style: `left: ${100 * fractionOf(quantity, tick)}%`}, text(tick)))),
+            h('div', {class: 'legend-note'}, beyond || range));
     }
 
     /** Shows the whole network, clear of the legend. */

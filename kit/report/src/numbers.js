@@ -20,9 +20,9 @@ export function shortNumber(value, digits = 4) {
  */
 export function columnFormat(values) {
     const sizes = Float64Array.from(values.filter(value => value !== null && value !== 0), Math.abs).sort();
-    const decimalsOf = (value, digits) => Math.max(0, Math.min(5, digits - 1 - Math.floor(Math.log10(value))));
+    const decimalsOf = (value, digits, most) => Math.max(0, Math.min(most, digits - 1 - Math.floor(Math.log10(value))));
     const decimals = sizes.length === 0 ? 0
-        : Math.max(decimalsOf(sizes[sizes.length - 1], 4), decimalsOf(sizes[sizes.length >> 1], 3));
+        : Math.max(decimalsOf(sizes[sizes.length - 1], 4, 9), decimalsOf(sizes[sizes.length >> 1], 3, 5));
     const smallest = 0.5 * 10 ** -decimals;
     return value => {
         if (value === null || value === undefined || !Number.isFinite(value)) return '\u2013';

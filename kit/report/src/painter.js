@@ -7,6 +7,13 @@ const kShortestArrow = 26;
 /** More lines than this are drawn in one colour each and not from the colour of one end to that of the other. */
 const kMostGradients = 500;
 const kMostNames = 90;
+/** Pieces of lines that names keep off. */
+const kMostObstacles = 800;
+/** [px], shorter elements have their symbol beside them. */
+const kShortestSymbol = 18;
+const kSymbolRadius = 9;
+/** Where a name may stand beside a point. */
+const kSides = [[1, 0], [0, -1], [0, 1], [-1, 0], [1, -1], [1, 1], [-1, -1], [-1, 1]];
 /** [px], nodes closer than this have no arrows of given flows. */
 const kClosestFlowMarks = 16;
 
@@ -93,12 +100,13 @@ export class Painter {
         context.lineCap = hasRoundEnds ? 'round' : 'butt';
         context.lineJoin = hasRoundEnds ? 'round' : 'bevel';
         this.#findVisible();
+        this.#placeSymbols();
         this.#drawPath();
         this.#drawLines();
         this.#drawMarked();
         if (this.showsArrows) this.#drawArrows();
-        this.#drawSymbols();
         this.#drawNodes();
+        this.#drawSymbols();
         this.#drawBoundaries();
         this.#drawRings();
         if (this.showsNames) this.#drawNames();
@@ -233,16 +241,43 @@ export class Painter {
         context.fill();
     }
 
-    #drawSymbols() {
-        const {context, scene, k, tx, ty, model, inks} = this;
+    /** Symbols stand on the middle of their elements, or beside those that are too short for them. */
+    #placeSymbols() {
+        const {scene, k, tx, ty, model} = this;
+        this.symbols = [];
+        const isOpen = this.visibleNodes.length <= kMostNames && this.lines.length <= kMostNames;
+        const taken = isOpen ? this.visibleNodes.map(n => around(scene.nodeX[n] * k + tx, scene.nodeY[n] * k + ty, 5)) : [];
         for (const e of this.lines) {
             const symbol = model.symbolOf(e);
             if (symbol === null && !model.isClosed[e]) continue;
-            if (symbol !== 'pump' && this.spacing < 12 && scene.lineLength[e] * k < 14) continue;
-            const [x, y, dx, dy] = scene.stationAt(e, 0.5);
-            const size = Math.max(0.5, Math.min(1, scene.lineLength[e] * k / 34));
+            const length = scene.lineLength[e] * k;
+            if (symbol !== 'pump' && this.spacing < 12 && length < 14) continue;
+            const [sceneX, sceneY, dx, dy] = scene.stationAt(e, 0.5);
+            const [x, y] = [sceneX * k + tx, sceneY * k + ty];
+            const place = {e, symbol, x, y, dx, dy, size: Math.max(symbol === 'pump' ? 0.7 : 0.5, Math.min(1, length / 34)), from: null};
+            const away = isOpen && length < kShortestSymbol
+                ? [-24, 24, -46, 46].find(distance => isFree(taken, around(x - distance * dy, y + distance * dx, kSymbolRadius + 1))) : undefined;
+            if (away !== undefined) Object.assign(place, {x: x - away * dy, y: y + away * dx, size: 1, from: [x, y]});
+            taken.push(around(place.x, place.y, kSymbolRadius));
+            this.symbols.push(place);
+        }
+    }
+
+    #drawSymbols() {
+        const {context, model, inks} = this;
+        for (const {e, symbol, x, y, dx, dy, size, from} of this.symbols) {
+            if (from !== null) {
+                context.strokeStyle = inks.faint;
+                context.lineWidth = 1;
+                context.beginPath();
+                context.moveTo(...from);
+                context.lineTo(x, y);
+                context.moveTo(x - 13 * dx, y - 13 * dy);
+                context.lineTo(x + 13 * dx, y + 13 * dy);
+                context.stroke();
+            }
             context.save();
-            context.transform(dx * size, dy * size, -dy * size, dx * size, x * k + tx, y * k + ty);
+            context.transform(dx * size, dy * size, -dy * size, dx * size, x, y);
             context.fillStyle = inks.paper;
             context.strokeStyle = inks.ink;
             context.lineWidth = 1.4;
@@ -342,64 +377,143 @@ export class Painter {
     }
 
     #drawNames() {
-        const {context, scene, k, tx, ty, model, inks} = this;
+        const {scene, k, tx, ty, model, inks} = this;
         const taken = [];
         const names = [];
         if (this.visibleNodes.length <= kMostNames) {
+            const hasElements = this.lines.length <= kMostNames;
+            for (const {e, x, y, from} of this.symbols) {
+                taken.push(around(x, y, kSymbolRadius));
+                // a symbol beside its element is known by its name alone
+                if (hasElements && from !== null) names.push(this.#elementName(e, beside(x, y, kSymbolRadius + 6, kSides)));
+            }
             for (const n of this.visibleNodes) {
                 const [x, y] = [scene.nodeX[n] * k + tx, scene.nodeY[n] * k + ty];
                 const mark = model.nodes.boundary[n];
                 const half = mark === 1 ? 8 : 5;
                 const [dx, dy] = scene.freeDirection(n);
-                taken.push([x - half, y - half, x + half, y + half]);
-                if (mark > 1) taken.push([x + 12 * dx - 8, y + 12 * dy - 8, x + 12 * dx + 8, y + 12 * dy + 8]);
-                names.push({x, y, text: model.nodes.name[n], gap: half + 3, font: '500 12px', colour: inks.ink,
-                            fit: ([cx, cy]) => cx * dx + cy * dy});
+                taken.push(around(x, y, half));
+                if (mark > 1) taken.push(around(x + 9 * dx, y + 9 * dy, 5), around(x + 17 * dx, y + 17 * dy, 5));
+                const sides = [...kSides].sort((a, b) => b[0] * dx + b[1] * dy - a[0] * dx - a[1] * dy);
+                names.push({text: model.nodes.name[n], font: '500 12px', colour: inks.ink, mostLines: Infinity,
+                            centreOf: [...beside(x, y, half + 3, sides), ...beside(x, y, half + 17, sides)]});
             }
-            if (this.lines.length <= kMostNames) {
-                for (const e of this.lines) {
-                    if (scene.lineLength[e] * k < 60) continue;
-                    const [sx, sy, dx, dy] = scene.stationAt(e, 0.5);
-                    const [x, y] = [sx * k + tx, sy * k + ty];
-                    const half = model.symbolOf(e) === null ? 6 : 11;
-                    taken.push([x - half, y - half, x + half, y + half]);
-                    names.push({x, y, text: model.elements.name[e], gap: half + 2, font: '11px', colour: inks.faint,
-                                fit: ([cx, cy]) => Math.abs(cy * dx - cx * dy)});
-                }
-            }
+            if (hasElements) names.push(...this.#namesOnLines(taken));
         } else if (this.selected !== null) {
             const {kind, index} = this.selected;
             const [x, y] = kind === 'node' ? [scene.nodeX[index], scene.nodeY[index]] : scene.stationAt(index, 0.5);
-            names.push({x: x * k + tx, y: y * k + ty, text: model.nameOf(this.selected), gap: 12, font: '600 12px', colour: inks.ink,
-                        fit: () => 0});
+            names.push({text: model.nameOf(this.selected), font: '600 12px', colour: inks.ink, mostLines: Infinity,
+                        centreOf: beside(x * k + tx, y * k + ty, 12, kSides)});
         }
-        for (const name of names) this.#drawName(name, taken);
+        const pieces = this.#pieces();
+        for (const name of names) this.#drawName(name, taken, pieces);
+    }
+
+    #elementName(e, centreOf) {
+        return {text: this.model.elements.name[e], font: '11px', colour: this.inks.faint, mostLines: 0, centreOf};
+    }
+
+    /** Names across from the middle of lines, which they do not touch. */
+    #namesOnLines(taken) {
+        const {scene, k, tx, ty, model} = this;
+        const outside = new Set(this.symbols.filter(({from}) => from !== null).map(({e}) => e));
+        const names = [];
+        for (const e of this.lines) {
+            if (scene.lineLength[e] * k < 36 || outside.has(e)) continue;
+            const gap = model.symbolOf(e) === null ? 6 : kSymbolRadius + 2;
+            const [x, y] = scene.stationAt(e, 0.5);
+            taken.push(around(x * k + tx, y * k + ty, gap - 2));
+            names.push(this.#elementName(e, [0.5, 0.35, 0.65].flatMap(share => {
+                const [x, y, dx, dy] = scene.stationAt(e, share);
+                return across(x * k + tx, y * k + ty, dx, dy, gap);
+            })));
+        }
+        return names;
+    }
+
+    /** The straight pieces of all visible lines; none where they are many. */
+    #pieces() {
+        const {scene, k, tx, ty} = this;
+        const {points, first} = scene;
+        const pieces = [];
+        if (this.lines.length > kMostNames) return pieces;
+        for (const e of this.lines) {
+            for (let i = first[e] + 1; i < first[e + 1] && pieces.length < kMostObstacles; ++i)
+                pieces.push([points[2 * i - 2] * k + tx, points[2 * i - 1] * k + ty, points[2 * i] * k + tx, points[2 * i + 1] * k + ty]);
+        }
+        return pieces;
     }
 
     /**
-     * Writes a name beside a point where nothing else stands, on the side that fits best; leaves it out where there
-     * is no such place.
+     * Writes a name where nothing else stands and the fewest lines pass, the first of such places; leaves it out where
+     * there is none.
      */
-    #drawName({x, y, text, gap, font, colour, fit}, taken) {
+    #drawName({text, font, colour, mostLines, centreOf}, taken, pieces) {
         const {context} = this;
         context.font = `${font} system-ui, "Segoe UI", "Helvetica Neue", Arial, sans-serif`;
         const wide = context.measureText(text).width;
         const tall = 13;
-        const sides = [[1, 0], [0, -1], [0, 1], [-1, 0]].sort((a, b) => fit(b) - fit(a));
-        for (const [sideX, sideY] of sides) {
-            const left = x + sideX * (gap + wide / 2) - wide / 2;
-            const top = y + sideY * (gap + tall / 2) - tall / 2;
-            const isFree = taken.every(([l, t, r, b]) => left >= r || left + wide <= l || top >= b || top + tall <= t);
-            if (!isFree || left < 2 || left + wide > this.width - 2) continue;
-            taken.push([left, top, left + wide, top + tall]);
-            context.strokeStyle = this.inks.paper;
-            context.lineWidth = 3;
-            context.strokeText(text, left, top + 10);
-            context.fillStyle = colour;
-            context.fillText(text, left, top + 10);
-            return;
+        let best = null;
+        let fewest = Infinity;
+        for (const centre of centreOf) {
+            const [x, y] = centre(wide, tall);
+            const box = [x - wide / 2, y - tall / 2, x + wide / 2, y + tall / 2];
+            if (box[0] < 2 || box[2] > this.width - 2 || !isFree(taken, box)) continue;
+            const lines = pieces.reduce((count, piece) => count + (passes(piece, box) ? 1 : 0), 0);
+            if (lines > mostLines || lines >= fewest) continue;
+            [best, fewest] = [box, lines];
+            if (lines === 0) break;
         }
+        if (best === null) return;
+        taken.push(best);
+        context.strokeStyle = this.inks.paper;
+        context.lineWidth = 3;
+        context.strokeText(text, best[0], best[1] + 10);
+        context.fillStyle = colour;
+        context.fillText(text, best[0], best[1] + 10);
     }
+}
+
+/** A square as [left, top, right, bottom]. */
+function around(x, y, half) {
+    return [x - half, y - half, x + half, y + half];
+}
+
+function isFree(taken, [left, top, right, bottom]) {
+    return taken.every(([l, t, r, b]) => left >= r || right <= l || top >= b || bottom <= t);
+}
+
+/** Whether a straight piece passes through a box (clipping of Liang and Barsky, 1984). */
+function passes([ax, ay, bx, by], [left, top, right, bottom]) {
+    let [from, to] = [0, 1];
+    for (const [start, step, low, high] of [[ax, bx - ax, left, right], [ay, by - ay, top, bottom]]) {
+        if (Math.abs(step) < 1e-9) {
+            if (start < low || start > high) return false;
+            continue;
+        }
+        const [a, b] = [(low - start) / step, (high - start) / step];
+        from = Math.max(from, Math.min(a, b));
+        to = Math.min(to, Math.max(a, b));
+    }
+    return from <= to;
+}
+
+/** For each side the centre of a text of some size that stands there beside a point. */
+function beside(x, y, gap, sides) {
+    return sides.map(([sideX, sideY]) => (wide, tall) => {
+        const room = sideX !== 0 && sideY !== 0 ? gap / 2 : gap;
+        return [x + sideX * (room + wide / 2), y + sideY * (room + tall / 2)];
+    });
+}
+
+/** Centres of a text on both sides of a line with direction dx, dy, the upper or right one first. */
+function across(x, y, dx, dy, gap) {
+    let [acrossX, acrossY] = [dy, -dx];
+    if (acrossY > 0.35 || (acrossY > -0.35 && acrossX < 0)) [acrossX, acrossY] = [-acrossX, -acrossY];
+    return [1, -1].map(sign => (wide, tall) => {
+        const reach = sign * (gap + (Math.abs(acrossX) * wide + Math.abs(acrossY) * tall) / 2);
+        return [x + reach * acrossX, y + reach * acrossY];
+    });
 }
 
 /** Symbols about the origin, the line along x. */

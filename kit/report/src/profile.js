@@ -14,6 +14,8 @@ const kParts = [
     {key: 'other', label: 'Valves and others', colour: 'var(--faint)'},
 ];
 /** Bars are drawn for paths of up to so many elements; longer ones are gathered into so many groups. */
+/** Points of a path among which those are looked for whose names find room. */
+const kMostNamed = 60;
 const kMostBars = 160;
 /** Share of the largest flow below which a supply is but what a closed loop takes in. */
 const kLeastSupply = 1e-3;
@@ -174,9 +176,9 @@ export class Profile {
         const points = path.nodes.map((n, i) => ({distance: distances[i], value: values[n], height: model.nodes.height[n], name: model.nodes.name[n]}));
         const showsGround = this.quantity === 'head' && model.units.head === model.units.length;
         const label = this.quantity === 'head' ? 'Head' : 'Pressure';
-        const hasNames = points.length <= 14;
+        const named = points.length <= kMostNamed ? pointsWithRoom(points) : [];
         return h('figure', {class: 'chart wide'}, Plot.plot({
-            width: 1160, height: 300, marginLeft: 60, marginBottom: 42, marginTop: 30, marginRight: 30,
+            width: 1160, height: 312, marginLeft: 60, marginBottom: 42, marginTop: 42, marginRight: 30,
             style: {fontSize: '12px', fontFamily: 'inherit', background: 'none'},
             x: {label: `Distance along the path (${prettyUnit(model.units.length)})`, labelArrow: 'none', labelAnchor: 'right', inset: 8, tickFormat: value => shortNumber(value)},
             y: {label: `${label} (${prettyUnit(unit)})`, grid: true, nice: true, labelArrow: 'none', zero: this.quantity === 'pressure',
@@ -186,7 +188,7 @@ export class Profile {
                 showsGround ? Plot.lineY(points, {x: 'distance', y: 'height', stroke: 'var(--faint)', strokeWidth: 1.2}) : null,
                 Plot.lineY(points, {x: 'distance', y: 'value', stroke: 'var(--blue)', strokeWidth: 2.2}),
                 points.length <= 80 ? Plot.dot(points, {x: 'distance', y: 'value', fill: 'var(--blue)', stroke: 'var(--paper)', r: 4}) : null,
-                hasNames ? Plot.text(points, {x: 'distance', y: 'value', text: 'name', dy: -12, fill: 'var(--ink)', stroke: 'var(--paper)', strokeWidth: 4}) : null,
+                named.length > 0 ? Plot.text(named, {x: 'distance', y: 'value', text: 'name', dy: -12, fill: 'var(--ink)', stroke: 'var(--paper)', strokeWidth: 4}) : null,
                 Plot.tip(points, Plot.pointer({x: 'distance', y: 'value', fill: 'var(--paper)', stroke: 'var(--line-strong)',
                     title: point => `${point.name}\n${withUnit(point.value, unit)}\n${withUnit(point.distance, model.units.length)}`})),
             ],
@@ -231,6 +233,26 @@ export class Profile {
         }), h('p', {class: 'swatches'}, kParts.filter(({key}) => present.has(key))
             .map(({label, colour}) => h('span', {class: 'swatch block', style: `--swatch: ${colour}`}, label))));
     }
+}
+
+/** Points whose names, written above them, do not cover each other; the first and the last come first. */
+function pointsWithRoom(points) {
+    const xOf = scaleOf(points.map(point => point.distance), 1050);
+    const yOf = scaleOf(points.map(point => point.value), 220);
+    const taken = [];
+    const order = [points[0], points[points.length - 1], ...points.slice(1, -1)];
+    return order.filter(point => {
+        const [x, y, half] = [xOf(point.distance), yOf(point.value), 3.8 * point.name.length + 4];
+        const hasRoom = taken.every(other => Math.abs(x - other.x) > half + other.half || Math.abs(y - other.y) > 15);
+        if (hasRoom) taken.push({x, y, half});
+        return hasRoom;
+    });
+}
+
+/** From values to about the pixels of a chart of so many. */
+function scaleOf(values, size) {
+    const [low, high] = [Math.min(...values), Math.max(...values)];
+    return value => high > low ? size * (value - low) / (high - low) : 0;
 }
 
 function shortened(text, length) {

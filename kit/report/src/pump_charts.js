@@ -19,6 +19,15 @@ export function pumpCharts(section, model, choose) {
         section.append(h('p', {class: 'hint'}, `The first ${pumps.length} of ${pumpCount} pumps are shown.`));
 }
 
+/** What is left of a flow when a valve behind the pump is shut counts as none. */
+const kNoFlow = 1e-5;
+
+function dutyText([flow, rise], largestFlow, units) {
+    if (flow === null || rise === null) return 'carries no flow';
+    const flowText = Math.abs(flow) < kNoFlow * largestFlow ? 'No flow' : withUnit(flow, units.volume_flow);
+    return `${flowText} at ${withUnit(rise, units.pressure)}`;
+}
+
 function chartOf(pump, model, choose) {
     const {volume_flow: flowUnit, pressure: riseUnit} = model.units;
     const [dutyFlow, dutyRise] = pump.duty;
@@ -50,7 +59,7 @@ function chartOf(pump, model, choose) {
     return h('figure', {class: 'chart'},
         h('figcaption', {}, h('button', {type: 'button', class: 'link', onclick: () => choose({kind: 'element', index: pump.element})},
             model.nameOf({kind: 'element', index: pump.element})),
-          h('span', {class: 'duty'}, isRunning ? `${withUnit(dutyFlow, flowUnit)} at ${withUnit(dutyRise, riseUnit)}` : 'carries no flow')),
+          h('span', {class: 'duty'}, dutyText(pump.duty, largestFlow, model.units))),
         chart,
         h('p', {class: 'swatches'}, swatch('--blue', 'Pump curve'),
           pump.systemCurve === 'none' ? null : swatch('--orange', kSystemLabels[pump.systemCurve], pump.systemCurve === 'estimated')));

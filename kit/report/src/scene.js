@@ -124,24 +124,28 @@ export class Scene {
         return [this.points[2 * this.first[e]], this.points[2 * this.first[e] + 1], 1, 0];
     }
 
-    /** The direction in which a node has most room: away from the lines that end there. */
+    /** The direction in which a node has most room: the middle of the widest gap between its lines, the upper of two. */
     freeDirection(n) {
         const {start, list} = this.model.incidence;
-        let [sumX, sumY] = [0, 0];
+        const angles = [];
         for (let i = start[n]; i < start[n + 1]; ++i) {
             const e = list[i];
             const isStart = this.model.elements.from[e] === n;
             const near = isStart ? this.first[e] : this.first[e + 1] - 1;
             const next = isStart ? near + 1 : near - 1;
             const [dx, dy] = [this.points[2 * next] - this.points[2 * near], this.points[2 * next + 1] - this.points[2 * near + 1]];
-            const size = Math.hypot(dx, dy);
-            if (size > 0) {
-                sumX -= dx / size;
-                sumY -= dy / size;
-            }
+            if (dx !== 0 || dy !== 0) angles.push(Math.atan2(dy, dx));
         }
-        const size = Math.hypot(sumX, sumY);
-        return size > 0.2 ? [sumX / size, sumY / size] : [0, -1];
+        angles.sort((a, b) => a - b);
+        let [widest, best] = [0, [0, -1]];
+        for (const [i, angle] of angles.entries()) {
+            const gap = (i + 1 < angles.length ? angles[i + 1] : angles[0] + 2 * Math.PI) - angle;
+            const direction = [Math.cos(angle + gap / 2), Math.sin(angle + gap / 2)];
+            const isAsWide = Math.abs(gap - widest) < 1e-6;
+            if (isAsWide ? direction[1] < best[1] - 1e-6 : gap > widest) best = direction;
+            widest = Math.max(widest, gap);
+        }
+        return best;
     }
 
     /** The node within a distance of a point; -1 when there is none. */

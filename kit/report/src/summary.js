@@ -1,6 +1,6 @@
 // summary.js: the heading and the key figures.
 import {h} from './dom.js';
-import {wholeNumber, withUnit} from './numbers.js';
+import {shortNumber, wholeNumber, withUnit} from './numbers.js';
 
 export function heading(model) {
     const {data} = model;
@@ -23,7 +23,9 @@ export function heading(model) {
 /** "Water, 20 °C, 998.2 kg/m³" */
 function fluidText(rows) {
     const [[, name], ...values] = rows;
-    return [name, ...values.slice(0, 2).map(([, value, unit]) => withUnit(value, unit))].join(', ');
+    // "Water at 20 degC" has said its temperature
+    const isNamed = ([label, value]) => label === 'Temperature' && name.includes(shortNumber(value));
+    return [name, ...values.filter(row => !isNamed(row)).slice(0, 2).map(([, value, unit]) => withUnit(value, unit))].join(', ');
 }
 
 /** Tiles with the figures that are asked for first; those of an object lead to it. */

@@ -196,6 +196,10 @@ const checks = {
         const text = await page.locator('#profile .balance').textContent();
         assert.ok(ends.every(name => text.includes(`Pressure at ${name}`)), text);
     },
+    async 'without results the findings come first'(page) {
+        const sections = await page.locator('main > section').evaluateAll(list => list.map(section => section.id));
+        assert.equal(sections[1], data.hasResults ? 'network' : 'findings');
+    },
     async 'findings and certificate are there'(page) {
         assert.equal(await page.locator('.finding').count(), Math.min(60, data.findings.length));
         if (data.hasResults) assert.ok((await page.locator('#certificate').textContent()).includes(data.hash));

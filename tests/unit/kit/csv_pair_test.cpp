@@ -177,3 +177,26 @@ TEST(CsvTable, broken_tables_are_refused_with_their_line)
     EXPECT_FALSE(kit::parseCsv("", "t.csv", empty));
     EXPECT_TRUE(empty.hasErrors());
 }
+
+TEST(CsvPair, tables_in_the_wrong_order_are_told_in_one_line)
+{
+    kit::Findings findings;
+    EXPECT_FALSE(kit::readCsvTexts("name,type,from,to,diameter\np,pipe,a,b,0.1\n", "elements.csv",
+                                   "name,x,y,z\na,0,0,0\nb,1,0,0\n", "nodes.csv", findings));
+    EXPECT_EQ(findings.text(),
+              "elements.csv:1: the table of elements stands in the place of the table of nodes; name "
+              "the nodes first: NODES.csv,ELEMENTS.csv [other-kind-of-file]\n");
+}
+
+TEST(CsvPair, numbers_beyond_the_range_are_told)
+{
+    kit::Findings findings;
+    EXPECT_FALSE(kit::readCsvTexts("name,x,type,pressure\na,0,inlet,1e400\nb,10,outlet,0\n", "nodes.csv",
+                                   "name,type,from,to,diameter\np,pipe,a,b,+1e-400\n", "elements.csv",
+                                   findings));
+    EXPECT_EQ(findings.text(),
+              "nodes.csv:2: column pressure: \"1e400\" is too large or too small to be stored; give a "
+              "number between 1e-300 and 1e300 [csv-value]\n"
+              "elements.csv:2: column diameter: \"+1e-400\" is too large or too small to be stored; "
+              "give a number between 1e-300 and 1e300 [csv-value]\n");
+}

@@ -7,6 +7,8 @@
 #include <iterator>
 #include <string>
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -173,6 +175,85 @@ TEST_F(FileText, a_link_stays_a_link)
     EXPECT_TRUE(kit::writeFile(path("link"), "new", findings));
     EXPECT_TRUE(fs::is_symlink(path("link")));
     EXPECT_EQ(bytesOf(name), "new");
+}
+
+TEST_F(FileText, a_link_to_an_absent_file_and_a_chain_of_links_stay_links)
+{
+    fs::create_directory(path("folder"));
+    fs::create_symlink("folder/real", path("link"));
+    fs::create_symlink("link", path("chain"));
+    Findings findings;
+    EXPECT_TRUE(kit::writeFile(path("chain"), "new", findings));
+    EXPECT_TRUE(fs::is_symlink(path("chain")));
+    EXPECT_TRUE(fs::is_symlink(path("link")));
+    EXPECT_EQ(bytesOf(path("folder/real")), "new");
+    EXPECT_TRUE(findings.isEmpty());
+}
+
+TEST_F(FileText, links_in_a_circle_are_said)
+{
+    fs::create_symlink("b", path("a"));
+    fs::create_symlink("a", path("b"));
+    Findings findings;
+    EXPECT_FALSE(kit::writeFile(path("a"), "new", findings));
+    EXPECT_EQ(onlyCode(findings), Code::cannot_write_file);
+}
+
+TEST_F(FileText, a_replaced_file_keeps_its_permissions)
+{
+    for (const unsigned mode : {0600U, 0664U, 0755U}) {
+        const std::string name = write("out", "old");
+        fs::permissions(name, static_cast<fs::perms>(mode));
+        Findings findings;
+        EXPECT_TRUE(kit::writeFile(name, "new", findings));
+        EXPECT_EQ(static_cast<unsigned>(fs::status(name).permissions()), mode);
+    }
+}
+
+TEST_F(FileText, a_new_file_has_the_permissions_that_the_system_gives)
+{
+    const std::string usual = write("usual", "");
+    Findings findings;
+    EXPECT_TRUE(kit::writeFile(path("new"), "text", findings));
+    EXPECT_EQ(fs::status(path("new")).permissions(), fs::status(usual).permissions());
+}
+
+TEST_F(FileText, a_protected_file_is_not_replaced)
+{
+    if (geteuid() == 0) GTEST_SKIP() << "nothing is protected from the administrator";
+    const std::string name = write("out", "old");
+    fs::permissions(name, fs::perms::owner_read);
+    Findings findings;
+    EXPECT_FALSE(kit::writeFile(name, "new", findings));
+    EXPECT_EQ(onlyCode(findings), Code::cannot_write_file);
+    EXPECT_EQ(bytesOf(name), "old");
+    EXPECT_EQ(fileCount(), 1U);
+}
+
+TEST_F(FileText, a_pipe_gets_the_text_and_stays_a_pipe)
+{
+    ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+    const int reader = open(path("pipe").c_str(), O_RDONLY | O_NONBLOCK);
+    ASSERT_GE(reader, 0);
+    Findings findings;
+    EXPECT_TRUE(kit::writeFile(path("pipe"), "through", findings));
+    char bytes[16];
+    EXPECT_EQ(read(reader, bytes, sizeof bytes), 7);
+    close(reader);
+    EXPECT_TRUE(fs::is_fifo(path("pipe")));
+    EXPECT_EQ(fileCount(), 1U);
+}
+
+TEST_F(FileText, a_file_that_the_process_has_open_gets_the_text_at_its_end)
+{
+    const std::string name = write("log", "first ");
+    const int log = open(name.c_str(), O_WRONLY);
+    const std::string asOpen = "/dev/fd/" + std::to_string(log);
+    if (!fs::exists(asOpen)) GTEST_SKIP() << "no /dev/fd here";
+    Findings findings;
+    EXPECT_TRUE(kit::writeFile(asOpen, "second", findings));
+    close(log);
+    EXPECT_EQ(bytesOf(name), "first second");
 }
 
 TEST_F(FileText, a_file_in_an_absent_folder_and_a_full_disk_are_said_and_leave_nothing)

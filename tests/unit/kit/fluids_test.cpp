@@ -434,3 +434,18 @@ TEST(Fluids, the_document_names_every_fluid_with_its_other_names)
         }
     }
 }
+
+TEST(Water, density_at_saturation_is_within_3e5th_of_published_tables_of_IAPWS_95)
+{
+    // Perry's Chemical Engineers' Handbook, 9th edition, table 2-135: T [K], p [MPa], mol/dm3; 5 digits are given.
+    constexpr double kMolarMass = 18.015268;  // [kg/kmol]
+    const double table[][3] = {{273.16, 0.000612, 55.497}, {300.0, 0.003537, 55.315},
+                               {320.0, 0.010546, 54.919},  {340.0, 0.027188, 54.371},
+                               {360.0, 0.062194, 53.698},  {380.0, 0.12885, 52.918},
+                               {400.0, 0.24577, 52.038}};
+    for (const auto& [temperature, pressure, moles] : table) {
+        const double published = moles * kMolarMass;
+        EXPECT_NEAR(kit::liquidWater(temperature, 1e6 * pressure).density, published, 3e-5 * published)
+            << temperature;
+    }
+}

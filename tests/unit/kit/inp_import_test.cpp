@@ -680,3 +680,21 @@ TEST(InpImport, a_file_that_is_missing_is_said)
     EXPECT_FALSE(kit::importInp("no such folder/network.inp", InpOptions{}, losses).has_value());
     EXPECT_EQ(count(losses, Code::cannot_open_file), 1U);
 }
+
+TEST(InpImport, pumps_of_one_curve_and_speed_share_it_by_name)
+{
+    const Network network = importGood("[OPTIONS]\nUNITS LPS\n" + kBase +
+                                       "[PUMPS]\nU R A HEAD C\nV R A HEAD C\nW R A HEAD C SPEED 0.9\n"
+                                       "[CURVES]\nC 30 60\n");
+    ASSERT_EQ(network.curves.size(), 1U);
+    EXPECT_EQ(network.curves.begin()->first, "C");
+    EXPECT_EQ(element(network, "U").curveName, "C");
+    EXPECT_EQ(element(network, "V").curveName, "C");
+    EXPECT_TRUE(element(network, "U").curve.empty());
+    EXPECT_TRUE(element(network, "W").curveName.empty());
+    EXPECT_FALSE(element(network, "W").curve.empty());
+    Findings findings;
+    const auto again = kit::readNetworkText(kit::networkText(network), "n.json", findings);
+    ASSERT_TRUE(again) << findings.text();
+    EXPECT_EQ(again->curves.at("C").points.size(), network.curves.at("C").points.size());
+}

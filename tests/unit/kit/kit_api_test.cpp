@@ -4,7 +4,10 @@
 #include <atomic>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <limits>
+#include <random>
 #include <stdexcept>
 #include <thread>
 
@@ -410,6 +413,40 @@ TEST(KitApi, a_result_of_another_network_is_not_exported_with_this_one)
     ASSERT_EQ(TVK_OK, tvkNewNetwork(&other, nullptr));
     const NetworkOwner owner(other);
     EXPECT_EQ(TVK_BAD_INPUT, tvkWriteExport(other, result.get(), "a.vtu", nullptr));
+}
+
+TEST(KitApi, a_result_is_not_drawn_with_a_network_of_other_names)
+{
+    const NetworkOwner network = twoPipes();
+    const ResultOwner result = solve(network.get());
+    std::string text = networkText(network.get());
+    for (std::size_t at = text.find("\"P2\""); at != std::string::npos; at = text.find("\"P2\""))
+        text.replace(at, 4, "\"P3\"");
+    const NetworkOwner other = readText(text);
+    const FindingsOwner findings = newFindings();
+    EXPECT_EQ(TVK_BAD_INPUT, tvkWritePicture(other.get(), result.get(), "a.svg", nullptr, findings.get()));
+    EXPECT_NE(textOf(findings).find("element number 2 is \"P2\" there and \"P3\" in the one given"),
+              std::string::npos)
+        << textOf(findings);
+}
+
+TEST(KitApi, reading_and_examining_go_on_behind_errors_of_the_whole_network)
+{
+    const std::filesystem::path path =
+        std::filesystem::temp_directory_path() /
+        ("tavell-examined-" + std::to_string(std::random_device()()) + ".json");
+    std::ofstream(path) << R"({"tavell": 1, "nodes": [
+        {"name": "A", "at": [0, 0, 0], "outlet": {"mass_flow": 1}},
+        {"name": "B", "at": [10, 0, 0], "inlet": {"mass_flow": 1}}],
+        "elements": [{"name": "P", "type": "pipe", "from": "A", "to": "B", "diameter": 25}]})";
+    const FindingsOwner findings = newFindings();
+    tvkNetwork* network = nullptr;
+    EXPECT_EQ(TVK_BAD_INPUT, tvkReadAndExamine(path.string().c_str(), nullptr, &network, findings.get()));
+    std::filesystem::remove(path);
+    EXPECT_EQ(nullptr, network);
+    EXPECT_NE(textOf(findings).find("[no-given-pressure]"), std::string::npos) << textOf(findings);
+    EXPECT_NE(textOf(findings).find("[diameter-unlikely]"), std::string::npos) << textOf(findings);
+    EXPECT_EQ(textOf(findings).find("[network-without-pressure]"), std::string::npos) << textOf(findings);
 }
 
 TEST(KitApi, quantities_and_units_are_read_as_in_files)

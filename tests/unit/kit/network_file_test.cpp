@@ -151,7 +151,8 @@ TEST(NetworkFile, all_findings_are_listed_with_line_and_pointer)
         "n.json:4: /nodes/1/outlet/mass_flow (node b): \"1\" is text without a unit; write the mass flow in "
         "kg/s "
         "as a number without quotes, or add its unit [wrong-type]\n"
-        "n.json:5: /elements/0/to: the key \"to\" appears twice; keep one of them [duplicate-key]\n"
+        "n.json:5: /elements/0/to (element p): the key \"to\" appears twice; keep one of them "
+        "[duplicate-key]\n"
         "n.json:5: /elements/0/kv (element p): the key \"kv\" is unknown here; did you mean \"k\"? "
         "[unknown-key]\n"
         "n.json:5: /elements/0/diameter (element p): \"25 mn\" is not understood: the unit \"mn\" of a "
@@ -393,4 +394,89 @@ TEST(JsonDocument, findings_beyond_the_limit_are_counted)
     kit::appendWithLines("{}", found, placed);
     EXPECT_EQ(placed.list().size(), kit::Findings::kMostOfOneCode);
     EXPECT_EQ(placed.notKept(kit::Code::missing_key), 5U);
+}
+
+TEST(NetworkFile, numbers_that_are_too_large_are_findings_at_their_places_and_the_rest_is_read)
+{
+    const std::string text =
+        pipeText(R"("gravity": [0, -1e400, "1e400"],)", R"("diameter": 2e308, "roughness": -1, "k": 1e-400)",
+                 R"("mass_flow": 1E+999)");
+    EXPECT_EQ(
+        findingsOf(text),
+        "n.json:2: /gravity/1: the number is too large to be stored; give a number below 1.8e308 "
+        "[number-too-large]\n"
+        "n.json:2: /gravity/2: \"1e400\" is text instead of a number; write a component of the direction of "
+        "gravity as a number without quotes [wrong-type]\n"
+        "n.json:4: /nodes/1/outlet/mass_flow (node b): the number is too large to be stored; give a number "
+        "below 1.8e308 [number-too-large]\n"
+        "n.json:5: /elements/0/diameter (element p): the number is too large to be stored; give a number "
+        "below "
+        "1.8e308 [number-too-large]\n"
+        "n.json:5: /elements/0/roughness (element p): -1 is not 0 or above; give the absolute roughness in m "
+        "[value-out-of-range]\n");
+}
+
+TEST(NetworkFile, numbers_that_are_too_large_are_counted_beyond_those_that_are_listed)
+{
+    std::string numbers = "1e400";
+    for (int i = 1; i < 1500; ++i)
+        numbers += ",1e400";
+    kit::Findings findings;
+    EXPECT_FALSE(read(pipeText("\"gravity\": [" + numbers + "],"), findings));
+    EXPECT_EQ(findings.notKept(kit::Code::number_too_large), 500U);
+}
+
+TEST(NetworkFile, digits_and_exponents_are_weighed_together)
+{
+    const std::string digits(400, '7');
+    for (const std::string& number :
+         {digits, "0." + digits + "e400", digits + "e-50", std::string("1e99999999999999999999")})
+        EXPECT_TRUE(finds(pipeText("", "\"diameter\": " + number), "[number-too-large]")) << number;
+    for (const std::string& number :
+         {digits + "e-400", "0." + digits, std::string("123.45e1"), "0.0" + digits + "e2"})
+        good(pipeText("", "\"diameter\": " + number));
+    EXPECT_TRUE(finds(pipeText("", R"("diameter": 1e-99999999999999999999)"), "0.0 is not above 0"));
+}
+
+TEST(NetworkFile, a_syntax_error_behind_a_number_that_is_too_large_is_found_too)
+{
+    const std::string findings = findingsOf("{\"tavell\": 1e400,\n\"nodes\": [,]}");
+    EXPECT_NE(findings.find("n.json:1: /tavell: the number is too large"), std::string::npos) << findings;
+    EXPECT_NE(findings.find("n.json:2:11: syntax error"), std::string::npos) << findings;
+    EXPECT_NE(findings.find("expected"), std::string::npos) << findings;
+}
+
+TEST(NetworkFile, lists_that_are_missing_are_said_once)
+{
+    const std::string elements =
+        R"("elements": [{"name": "p", "type": "pipe", "from": "a", "to": "b", "diameter": 1}])";
+    const std::string answer = R"(, "answer": {"text": "T", "nodes": {"a": {"pressure": 1}}})";
+    EXPECT_EQ(findingsOf(R"({"tavell": 1, "nodes": {}, )" + elements + answer + '}'),
+              "n.json:1: /nodes: an object is no array; write [ ] with the list of nodes [wrong-type]\n");
+    EXPECT_EQ(findingsOf(R"({"tavell": 1, "nodes": [], )" + elements + '}'),
+              "n.json:1: /nodes: there is no node; add nodes and elements [empty-network]\n");
+}
+
+TEST(NetworkFile, a_network_whose_errors_leave_its_parts_their_meaning_can_be_looked_at)
+{
+    kit::Findings findings;
+    std::optional<kit::Network> flawed;
+    EXPECT_FALSE(
+        kit::readNetworkText(pipeText("", R"("diameter": 0.1, "length": 3)"), "n.json", findings, &flawed));
+    ASSERT_TRUE(flawed) << findings.text();
+    EXPECT_EQ(flawed->elements.front().length, 3.0);  // below the distance of 10 m
+    flawed.reset();
+    EXPECT_FALSE(kit::readNetworkText(pipeText("", R"("diameter": -1)"), "n.json", findings, &flawed));
+    EXPECT_FALSE(flawed);
+    EXPECT_FALSE(
+        kit::readNetworkText(pipeText("", R"("diameter": 0.1, "from": "c")"), "n.json", findings, &flawed));
+    EXPECT_FALSE(flawed);
+}
+
+TEST(NetworkFile, a_result_file_is_told_in_one_line)
+{
+    EXPECT_EQ(findingsOf(R"({"tavell_result": 1, "version": "1", "nodes": {}, "elements": {}})"),
+              "n.json: the file is a result file, no network file; name the network file that was solved; a "
+              "copy of "
+              "the network is in the result file as \"network\" [other-kind-of-file]\n");
 }

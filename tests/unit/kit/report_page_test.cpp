@@ -71,6 +71,16 @@ TEST(ReportPage, columns_are_in_display_units)
     EXPECT_EQ(data["elements"]["velocity"].size(), network.elements.size());
 }
 
+TEST(ReportPage, a_temperature_that_nobody_gave_does_not_stand_beside_a_given_density)
+{
+    const kit::Network given =
+        example("limited_branches");  // "Water at 20 degC" by its density and viscosity
+    for (const auto& row : dataOf(given, kit::solveNetwork(given))["fluid"])
+        EXPECT_NE(row[0], "Temperature");
+    const kit::Network named = example("siphon.tavell");
+    EXPECT_EQ(dataOf(named, kit::solveNetwork(named))["fluid"][1][0], "Temperature");
+}
+
 TEST(ReportPage, the_parts_of_an_element_sum_to_its_change_of_pressure)
 {
     const kit::Network network = example("heating_riser");

@@ -87,7 +87,31 @@ TEST(ResultFile, changed_flow_is_found_by_verification)
     EXPECT_FALSE(verifyResult(*result, findings));
     ASSERT_EQ(findings.list().size(), 2U) << findings.text();
     EXPECT_EQ(findings.list()[0].code, Code::certificate_differs);
+    EXPECT_NE(findings.list()[0].message.find("\"is_good\" is true in the file and false by its numbers"),
+              std::string::npos)
+        << findings.text();
     EXPECT_EQ(findings.list()[1].code, Code::certificate_bad);
+}
+
+TEST(ResultFile, a_network_file_in_its_place_is_told_in_one_line)
+{
+    Findings findings;
+    EXPECT_FALSE(readResultText(R"({"tavell": 1, "nodes": [], "elements": []})", "net.json", findings));
+    ASSERT_EQ(findings.list().size(), 1U) << findings.text();
+    EXPECT_EQ(findings.list()[0].code, Code::other_kind_of_file);
+}
+
+TEST(ResultFile, a_field_that_differs_is_named_with_both_values)
+{
+    const TestNetwork made = twoPipes();
+    Findings findings;
+    auto result = readResultText(fileOf(made.network()), "r.json", findings);
+    ASSERT_TRUE(result) << findings.text();
+    result->certificate.columnMismatch = 0.25;
+    EXPECT_FALSE(verifyResult(*result, findings));
+    ASSERT_EQ(findings.list().size(), 1U) << findings.text();
+    EXPECT_EQ(findings.list()[0].message.rfind("\"column_mismatch\" is 0.25 in the file and ", 0), 0U)
+        << findings.text();
 }
 
 TEST(ResultFile, changed_network_is_found_by_its_hash)

@@ -157,3 +157,22 @@ TEST(Scenario, an_unknown_name_is_a_finding)
               "house.json: /scenarios: there is no scenario \"nigth\"; did you mean \"night\"? "
               "[unknown-scenario]\n");
 }
+
+TEST(Scenario, its_findings_stand_beside_those_of_the_network_without_repeating_them)
+{
+    const std::string text =
+        R"({"tavell": 1, "nodes": [{"name": "a", "at": [0, 0, 0], "inlet": {"pressure": 1}},
+        {"name": "b", "at": [9, 0, 0], "outlet": {"pressure": 0}}],
+        "elements": [{"name": "p", "type": "pipe", "from": "a", "to": "b", "diameter": -1, "colour": 3}],
+        "scenarios": {"s": {"elements": {"p": {"roughness": "x"}}, "nodes": {"c": {}}}, "t": {"elements": {"p":
+        {"diameter": -2}}}}})";
+    kit::Findings findings;
+    EXPECT_FALSE(kit::readNetworkText(text, "n.json", findings));
+    std::vector<std::string> pointers;
+    for (const kit::Finding& finding : findings.list())
+        pointers.push_back(finding.place.pointer);
+    const std::vector<std::string> expected{"/elements/0/colour", "/elements/0/diameter",
+                                            "/scenarios/s/nodes/c", "/scenarios/s/elements/p/roughness",
+                                            "/scenarios/t/elements/p/diameter"};
+    EXPECT_EQ(pointers, expected) << findings.text();
+}

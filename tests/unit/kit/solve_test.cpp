@@ -485,6 +485,10 @@ TEST(SolveNetwork, unbalanced_part_is_named_by_a_node_of_the_network)
     EXPECT_FALSE(solution.hasResults());
     EXPECT_TRUE(solution.findings.hasErrors());
     EXPECT_TRUE(hasCode(solution.findings, Code::not_converged));
+    // What the measures say of it stands in that finding alone.
+    EXPECT_FALSE(hasCode(solution.findings, Code::mass_not_balanced));
+    EXPECT_FALSE(hasCode(solution.findings, Code::laws_not_met));
+    EXPECT_FALSE(hasCode(solution.findings, Code::iteration_limit));
 }
 
 TEST(SolveNetwork, stopped_solve_is_cancelled_with_its_iteration)

@@ -142,6 +142,56 @@ TEST(SvgPicture, a_pump_a_vessel_and_a_closed_element_have_symbols)
     EXPECT_EQ(countOf(svg, "stroke-dasharray"), 1U);
 }
 
+TEST(SvgPicture, temperatures_that_were_not_solved_are_said_and_not_coloured)
+{
+    kit::Solution solution = smallSolution();
+    kit::PictureOptions options;
+    options.quantity = kit::PictureQuantity::temperature;
+    const std::string svg = kit::svgPicture(smallNetwork(), &solution, options);
+    EXPECT_TRUE(contains(svg, "no values of temperature"));
+    EXPECT_FALSE(contains(svg, ">Temperature</text>"));
+    solution.hasTemperatures = true;
+    EXPECT_TRUE(contains(kit::svgPicture(smallNetwork(), &solution, options), ">Temperature</text>"));
+}
+
+TEST(SvgPicture, one_value_everywhere_has_no_scale)
+{
+    kit::Solution solution = smallSolution();
+    solution.pressure = {2e5, 2e5, 2e5 + 1e-6};
+    const std::string svg = kit::svgPicture(smallNetwork(), &solution, {});
+    EXPECT_TRUE(contains(svg, ">the same everywhere</text>"));
+}
+
+TEST(SvgPicture, the_ends_of_a_narrow_scale_can_be_told_apart)
+{
+    kit::Solution solution = smallSolution();
+    solution.pressure = {200000.0, 199998.0, 199999.0};
+    kit::PictureOptions options;
+    options.units = {{kit::Quantity::pressure, "bar"}};
+    const std::string svg = kit::svgPicture(smallNetwork(), &solution, options);
+    EXPECT_TRUE(contains(svg, ">2</text>"));
+    EXPECT_TRUE(contains(svg, ">1.99998</text>"));
+}
+
+TEST(SvgPicture, the_colour_of_an_element_runs_from_end_to_end)
+{
+    const kit::Solution solution = smallSolution();
+    const std::string svg = kit::svgPicture(smallNetwork(), &solution, {});
+    // the pump goes from the lowest pressure to the highest: 48 shades, the end of the scale is not quite reached
+    EXPECT_TRUE(contains(svg, "<path stroke=\"" + kit::colourOf(0.5 / 48.0) + '"'));
+    EXPECT_TRUE(contains(svg, "<path stroke=\"" + kit::colourOf(47.5 / 48.0) + '"'));
+}
+
+TEST(SvgPicture, the_symbol_of_a_very_short_pump_stands_beside_it)
+{
+    kit::Network network = smallNetwork();
+    network.nodes[2].at = {100.1, 60.0, 0.0};
+    const std::string svg = kit::svgPicture(network, nullptr, {});
+    EXPECT_EQ(countOf(svg, "<circle r=\"9\"/>"), 1U);
+    EXPECT_TRUE(contains(svg, "stroke=\"#66717e\" stroke-width=\"1\""));  // its leader
+    EXPECT_TRUE(contains(svg, ">element 1</text>"));
+}
+
 TEST(SvgPicture, any_network_gives_numbers_that_are_numbers)
 {
     kit::Network network = smallNetwork();
