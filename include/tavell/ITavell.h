@@ -37,7 +37,7 @@ public:
 
     /// Solves every circuit in list order; the outcome of each is in its own feedback and results.
     /// energy: solve temperatures too. validateFirst: tidy and check each circuit and skip those that are not
-    /// suitable for analysis. cancel: called once an iteration, true asks to stop; may be null.
+    /// suitable for analysis. cancel: as for ICircuit::Solve.
     virtual void Solve(bool energy, bool validateFirst, bool (*cancel)() = nullptr) = 0;
 
     /// Joins circuits that have a node at the same location; the older circuit absorbs the younger one.

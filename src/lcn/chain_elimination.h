@@ -1,6 +1,7 @@
 // chain_elimination.h: exact elimination of the equations with at most two neighbours.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 namespace lcn
@@ -47,23 +48,18 @@ public:
     const double* coreConductance() const;
 
     /// Eliminates the right-hand side rhs[1..n]; the core's is then coreRhs(), to be solved in place.
-    void forward(const double* rhs);
-    double* coreRhs() { return m_solution.data() + m_eliminated; }
-    /// Finds the eliminated unknowns from the core's; x[1..n] receives all.
+    void forward(double* rhs);
+    double* coreRhs() { return m_coreRhs.data(); }
+    /// Finds the eliminated unknowns from the core's; x is what forward left of rhs and becomes the solution.
     void backward(double* x);
 
+    /// Values kept for the eliminated equations.
+    std::size_t entries() const { return static_cast<std::size_t>(m_coreDiagonalPlace); }
     /// Rounds of the last prepare, and how many steps over equations and pairs it took.
     int rounds() const { return m_rounds; }
     long long work() const { return m_work; }
 
 private:
-    /// Positions of the neighbours and the place of the value between them. An equation without neighbours
-    /// has the position past the last one, which nobody reads.
-    struct Step {
-        int a;
-        int b;
-        int fill;
-    };
     /// Steps begin .. end - 1, all with the same number of neighbours (one, or two).
     struct Run {
         int begin;
@@ -72,23 +68,28 @@ private:
     };
     friend class ChainFinder;
 
-    bool eliminateOne(const Run& run, const double* diagonal);
-    bool eliminateTwo(const Run& run, const double* diagonal);
+    bool eliminateOne(const Run& run, const double* diagonal, double* own, const int* link);
+    bool eliminateTwo(const Run& run, const double* diagonal, double* own, const int* link);
 
     int m_size = 0;
     int m_eliminated = 0;
     int m_rounds = 0;
     long long m_work = 0;
     std::vector<int> m_equation;  // equation at each position
-    std::vector<Step> m_steps;    // per eliminated position
     std::vector<Run> m_runs;
     std::vector<int> m_place;  // per given pair: its place in m_values
     std::vector<EquationPair> m_corePairs;
-    // Three values per position, then one per core pair. Before its step a position holds what the earlier
-    // ones add to its diagonal, ga and gb; afterwards 1/d, ga/d and gb/d.
+    // What a step changes, step by step: the places of the diagonals of its one or two neighbours and, with
+    // two, of the value between them; and the neighbours' equations. A step without neighbours changes a place
+    // that nobody reads, by nothing.
+    std::vector<int> m_changed, m_neighbour;
+    // Two or three values per step, one per core equation, the one that nobody reads and one per core pair.
+    // Before its step an equation has what the earlier ones add to its diagonal, ga and gb; afterwards 1/d,
+    // ga/d and gb/d. The steps of a million equations move all this through memory several times, which is
+    // what they cost: every value saved shows.
     std::vector<double> m_values;
-    std::vector<double> m_solution;  // by position
-    std::vector<double> m_coreDiagonal, m_coreScale;
+    int m_coreDiagonalPlace = 0;
+    std::vector<double> m_coreDiagonal, m_coreScale, m_coreRhs;
 };
 
 /// Smallest pivot, relative to the equation's diagonal, that counts as clearly positive. A pivot is the

@@ -4,6 +4,7 @@
 #include <climits>
 #include <cmath>
 #include <cstddef>
+#include <new>
 
 namespace lcn
 {
@@ -29,7 +30,7 @@ public:
           m_previous(length(m_n), -1), m_hashHead(length(m_n), -1), m_hash(length(m_n))
     {
         m_free = graph.start.back();
-        m_list.resize(length(m_free + m_free / 5LL + m_n + 1));
+        m_list.resize(length(m_free + m_free / 5LL + m_n + 1LL));
         m_pivots.reserve(length(m_n));
     }
 
@@ -155,6 +156,7 @@ private:
         if (static_cast<std::size_t>(m_free + needed) <= m_list.size()) return;
         compress();
         const std::size_t wanted = length(m_free + needed);
+        if (wanted > length(INT_MAX)) throw std::bad_alloc();
         if (wanted > m_list.size()) m_list.resize(wanted + wanted / 4);
     }
 

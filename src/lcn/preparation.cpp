@@ -84,12 +84,9 @@ void classifyNodes(const NodeArray& nodes, const lcnNET_var& var, double startPr
 
 /// A control valve or non-return element inside the network starts open; its limit is imposed when it is
 /// violated.
-void openInnerFlowLimits(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
+void openInnerFlowLimit(const NodeArray& nodes, lcnNET_elems& elem)
 {
-    for (int e = 1; e <= var.ElemTotal; ++e) {
-        lcnNET_elems& elem = elements[e];
-        if ((elem.type == kControlValve || elem.type == kNonReturn) && !hasFlowEnd(nodes, elem)) elem.fix = 0;
-    }
+    if ((elem.type == kControlValve || elem.type == kNonReturn) && !hasFlowEnd(nodes, elem)) elem.fix = 0;
 }
 
 /// Half the smallest flow condition [kg/s], as a starting flow. A control valve's limit is one whether it
@@ -106,33 +103,24 @@ double startFlow(const ElementArray& elements, const lcnNET_var& var)
     return smallest == kNoFlow ? kDefaultFlow : smallest / 2.0;
 }
 
-void startElements(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var)
+void startElement(const NodeArray& nodes, lcnNET_elems& elem, const lcnNET_var& var, double startFlow)
 {
-    const double q0 = startFlow(elements, var);
-    for (int e = 1; e <= var.ElemTotal; ++e) {
-        lcnNET_elems& elem = elements[e];
-        const lcnNET_nodes& start = nodes[elem.LocalStartNode];
-        const lcnNET_nodes& end = nodes[elem.LocalEndNode];
-        elem.Pressure = (start.Pressure + end.Pressure) / 2.0;
-        elem.Temperature = (start.Temperature + end.Temperature) / 2.0;
-        elem.density = var.Density;
-        elem.Massflow = elem.fix == 1 ? elem.FixedFlow : q0;
-        if (elem.FlowLimited == 1) var.LimitedFlows = 1;
-    }
+    const lcnNET_nodes& start = nodes[elem.LocalStartNode];
+    const lcnNET_nodes& end = nodes[elem.LocalEndNode];
+    elem.Pressure = (start.Pressure + end.Pressure) / 2.0;
+    elem.Temperature = (start.Temperature + end.Temperature) / 2.0;
+    elem.density = var.Density;
+    elem.Massflow = elem.fix == 1 ? elem.FixedFlow : startFlow;
 }
 
 /// A fixed flow inside the network could contradict the mass balance, so it is a target to begin with.
-void softenInnerFixedFlows(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var)
+void softenInnerFixedFlow(const NodeArray& nodes, lcnNET_elems& elem)
 {
-    for (int e = 1; e <= var.ElemTotal; ++e) {
-        lcnNET_elems& elem = elements[e];
-        if (elem.type != kPipe || elem.fix != 1) continue;
-        if (isEndNode(nodes[elem.LocalStartNode]) || isEndNode(nodes[elem.LocalEndNode])) continue;
-        elem.fix = 0;
-        elem.FlowLimited = 1;
-        elem.Massflow = 0.0;
-        var.LimitedFlows = 1;
-    }
+    if (elem.type != kPipe || elem.fix != 1) return;
+    if (isEndNode(nodes[elem.LocalStartNode]) || isEndNode(nodes[elem.LocalEndNode])) return;
+    elem.fix = 0;
+    elem.FlowLimited = 1;
+    elem.Massflow = 0.0;
 }
 
 // clang-format off
@@ -209,9 +197,13 @@ void setInitialValues(const NodeArray& nodes, const ElementArray& elements, lcnN
 {
     const double startPressure = meanFixedPressure(nodes, var);
     classifyNodes(nodes, var, startPressure);
-    openInnerFlowLimits(nodes, elements, var);
-    startElements(nodes, elements, var);
-    softenInnerFixedFlows(nodes, elements, var);
+    const double flow = startFlow(elements, var);
+    for (int e = 1; e <= var.ElemTotal; ++e) {
+        openInnerFlowLimit(nodes, elements[e]);
+        startElement(nodes, elements[e], var, flow);
+        softenInnerFixedFlow(nodes, elements[e]);
+        if (elements[e].FlowLimited == 1) var.LimitedFlows = 1;
+    }
 }
 
 void applyDebugAndOpenEnds(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var)

@@ -5,7 +5,6 @@ namespace lcn
 
 void SparseFactor::prepare(int n, const std::vector<EquationPair>& pairs)
 {
-    m_size = n;
     m_chains.prepare(n, pairs);
     m_core.prepare(m_chains.coreSize(), m_chains.corePairs());
     m_chains.orderCore(m_core.place());
@@ -26,8 +25,7 @@ void SparseFactor::solve(double* rhs)
 
 std::size_t SparseFactor::factorEntries() const
 {
-    const auto eliminated = static_cast<std::size_t>(m_size - m_chains.coreSize());
-    return 3 * eliminated + m_core.entries();
+    return m_chains.entries() + m_core.entries();
 }
 
 }  // namespace lcn

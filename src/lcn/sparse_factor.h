@@ -36,7 +36,6 @@ public:
     void usePortableKernels(bool portable) { m_core.usePortableKernels(portable); }
 
 private:
-    int m_size = 0;
     ChainElimination m_chains;
     SupernodalFactor m_core;
 };

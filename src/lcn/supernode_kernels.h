@@ -18,6 +18,10 @@ struct SupernodeKernels {
                             const double* w, int m, int n, int k);
     /// c[i] *= factor for i < m.
     void (*scale)(double* c, double factor, int m);
+    /// c -= a x: c has m entries, a is m x k, x has k entries.
+    void (*subtractColumns)(double* c, const double* a, std::ptrdiff_t lda, const double* x, int m, int k);
+    /// x -= a' c, sizes as above.
+    void (*subtractDots)(double* x, const double* a, std::ptrdiff_t lda, const double* c, int m, int k);
 };
 
 /// Loops that every processor runs.

@@ -53,6 +53,9 @@ private:
     void pull(const Panel& panel, int index);
     void pullFrom(const Panel& panel, int source);
     bool eliminatePanel(const Panel& panel, const double* scale);
+    bool eliminateSmallPanel(const Panel& panel, const double* scale);
+    void forward(const Panel& panel, double* x);
+    void backward(const Panel& panel, double* x);
     void push(const Panel& panel);
     void linkUp(int index);
     void pack(const Panel& panel, int from, int count);
@@ -76,6 +79,7 @@ private:
     std::vector<int> m_rowIndex;  // per position: row in the panel being worked on
     std::vector<int> m_relative;
     std::vector<double> m_packed, m_update;
+    std::vector<double> m_gathered;  // the rows below a panel, of the vector being solved
 };
 
 }  // namespace lcn

@@ -80,12 +80,13 @@ std::vector<double> plainProduct(const std::vector<double>& c, const std::vector
                                  const std::vector<double>& w, int m, int n, int k)
 {
     std::vector<double> result(c);
-    const auto entry = [](int i, int j, int rows) { return static_cast<std::size_t>(j * rows + i); };
+    const auto entry = [](int i, int j, int rows) {
+        return static_cast<std::size_t>(j) * static_cast<std::size_t>(rows) + static_cast<std::size_t>(i);
+    };
     for (int j = 0; j < n; ++j)
         for (int i = 0; i < m; ++i)
             for (int s = 0; s < k; ++s)
-                result[entry(i, j, m)] -=
-                    a[entry(i, s, m)] * w[static_cast<std::size_t>(j / 4 * 4 * k + 4 * s + j % 4)];
+                result[entry(i, j, m)] -= a[entry(i, s, m)] * w[entry(4 * s + j % 4, j / 4, 4 * k)];
     return result;
 }
 
@@ -189,6 +190,17 @@ TEST(Supernodes, structures_of_hubs_are_solved)
             if ((i + hub) % 2 == 0) edges.push_back({i, hub});
     EXPECT_LT(errorOfSolve(903, edges, false, random), 1e-11);
     EXPECT_LT(errorOfSolve(903, edges, true, random), 1e-11);
+}
+
+TEST(Supernodes, shuffled_numbering_costs_little_fill)
+{
+    std::mt19937 random(6);
+    lcn::SupernodalFactor ordered;
+    lcn::SupernodalFactor scattered;
+    ordered.prepare(90000, distinctPairs(gridEdges(300, 300)));
+    scattered.prepare(90000, distinctPairs(shuffled(gridEdges(300, 300), 90000, random)));
+    // without a numbering of its own the second would have a fifth more
+    EXPECT_LT(static_cast<double>(scattered.entries()), 1.1 * static_cast<double>(ordered.entries()));
 }
 
 TEST(Supernodes, number_of_panels_of_a_grid_is_well_below_its_equations)
