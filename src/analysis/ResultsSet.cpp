@@ -10,18 +10,23 @@ namespace Velcor::Tavell
 ResultsSet::ResultsSet(bool nodal) : m_nodal(nodal) {}
 
 ResultsSet::ResultsSet(bool nodal, std::vector<int> ids, std::vector<double> values)
+    : ResultsSet(nodal, std::make_shared<const std::vector<int>>(std::move(ids)), std::move(values))
+{
+}
+
+ResultsSet::ResultsSet(bool nodal, Ids ids, std::vector<double> values)
     : m_ids(std::move(ids)), m_values(std::move(values)), m_nodal(nodal)
 {
 }
 
 std::size_t ResultsSet::GetSize()
 {
-    return m_ids.size();
+    return m_values.size();
 }
 
 const int* ResultsSet::GetIds()
 {
-    return m_ids.empty() ? nullptr : m_ids.data();
+    return m_ids == nullptr || m_ids->empty() ? nullptr : m_ids->data();
 }
 
 const double* ResultsSet::GetValues()
@@ -31,7 +36,7 @@ const double* ResultsSet::GetValues()
 
 const double* ResultsSet::GetL10NValues(double scale, double offset)
 {
-    // A cache of another size is one that was never filled, or is older than the last append.
+    // A cache of another size is one that was never filled.
     const bool cached =
         m_l10nValues.size() == m_values.size() && scale == m_l10nScale && offset == m_l10nOffset;
     if (!cached) {
@@ -47,18 +52,6 @@ const double* ResultsSet::GetL10NValues(double scale, double offset)
 bool ResultsSet::IsNodal()
 {
     return m_nodal;
-}
-
-void ResultsSet::reserve(std::size_t count)
-{
-    m_ids.reserve(count);
-    m_values.reserve(count);
-}
-
-void ResultsSet::append(int id, double value)
-{
-    m_ids.push_back(id);
-    m_values.push_back(value);
 }
 
 }  // namespace Velcor::Tavell

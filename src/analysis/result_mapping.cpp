@@ -1,8 +1,11 @@
 #include "result_mapping.h"
 
 #include <cmath>
-#include <cstdlib>
+#include <cstddef>
+#include <memory>
 #include <stdexcept>
+#include <utility>
+#include <vector>
 
 #include "lcn/constants.h"
 #include "lcn/viscosity.h"
@@ -37,47 +40,64 @@ double reynoldsOf(const lcnNET_elems& elem, double velocity, const lcnNET_var& v
     return velocity == 0.0 || std::fabs(mu) < lcn::kTiny ? 0.0 : elem.density * velocity * elem.diam / mu;
 }
 
-/// External mass flow into the circuit at a node [kg/s]: minus the net inflow from its elements.
-double externalMassFlow(const lcnNET_nodes& node, const lcn::ElementArray& elements)
+/// One value for each node or element.
+using Values = std::vector<double>;
+
+/// The quantities of the elements, by element from position 0.
+struct ElementValues {
+    std::vector<int> ids;  // the host's
+    Values reynolds, velocity, volumeFlow, massFlow, temperature, pressureDifference;
+};
+
+/// The quantities of the nodes, by node from position 0.
+struct NodeValues {
+    std::vector<int> ids;  // the host's
+    Values temperature, pressure, externalMassFlow;
+};
+
+/// One walk over the wide records fills all quantities: a walk for each of them takes three times as long.
+/// Adds up the net inflow [kg/s] into each node from its elements, which come in the order of its lists.
+ElementValues readElements(const lcn::NodeArray& nodes, const lcn::ElementArray& elements,
+                           const lcnNET_var& var, Values& inflow)
 {
-    double inflow = 0.0;
-    for (int b = 1; b <= node.no_branches; ++b) {
-        const int entry = node.LocalElements[b];
-        const double flow = elements[std::abs(entry)].Massflow;
-        inflow += entry > 0 ? flow : -flow;
+    const auto count = static_cast<std::size_t>(var.ElemTotal);
+    ElementValues values;
+    values.ids.resize(count);
+    for (Values* list : {&values.reynolds, &values.velocity, &values.volumeFlow, &values.massFlow,
+                         &values.temperature, &values.pressureDifference})
+        list->resize(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const lcnNET_elems& elem = elements[static_cast<int>(i) + 1];
+        values.ids[i] = elem.elem_no;
+        values.volumeFlow[i] = elem.volumeFlow();
+        values.velocity[i] = velocityOf(elem, values.volumeFlow[i]);
+        values.reynolds[i] = reynoldsOf(elem, values.velocity[i], var);
+        values.massFlow[i] = elem.Massflow;
+        values.temperature[i] = elem.Temperature;
+        values.pressureDifference[i] =
+            nodes[elem.LocalEndNode].Pressure - nodes[elem.LocalStartNode].Pressure;
+        inflow[static_cast<std::size_t>(elem.LocalStartNode)] -= elem.Massflow;
+        inflow[static_cast<std::size_t>(elem.LocalEndNode)] += elem.Massflow;
     }
-    return inflow == 0.0 ? 0.0 : -inflow;
+    return values;
 }
 
-template <typename Value> ResultsSet nodeSet(const lcn::NodeArray& nodes, int count, Value&& value)
+/// External mass flow into the circuit [kg/s]: minus the net inflow from the elements, by solver number.
+NodeValues readNodes(const lcn::NodeArray& nodes, const lcnNET_var& var, const Values& inflow)
 {
-    ResultsSet set(true);
-    set.reserve(static_cast<std::size_t>(count));
-    for (int i = 1; i <= count; ++i)
-        set.append(nodes[i].node_no, value(nodes[i]));
-    return set;
-}
-
-template <typename Value> ResultsSet elementSet(const lcn::ElementArray& elements, int count, Value&& value)
-{
-    ResultsSet set(false);
-    set.reserve(static_cast<std::size_t>(count));
-    for (int e = 1; e <= count; ++e)
-        set.append(elements[e].elem_no, value(elements[e]));
-    return set;
-}
-
-ResultsSet externalMassFlows(const lcn::NodeArray& nodes, const lcn::ElementArray& elements, int count)
-{
-    std::vector<int> ids;
-    std::vector<double> values;
-    ids.reserve(static_cast<std::size_t>(count));
-    values.reserve(static_cast<std::size_t>(count));
-    for (int i = 1; i <= count; ++i) {
-        ids.push_back(nodes[i].node_no);
-        values.push_back(externalMassFlow(nodes[i], elements));
+    const auto count = static_cast<std::size_t>(var.NodeTotal);
+    NodeValues values;
+    values.ids.resize(count);
+    for (Values* list : {&values.temperature, &values.pressure, &values.externalMassFlow})
+        list->resize(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const lcnNET_nodes& node = nodes[static_cast<int>(i) + 1];
+        values.ids[i] = node.node_no;
+        values.temperature[i] = node.Temperature;
+        values.pressure[i] = node.Pressure;
+        values.externalMassFlow[i] = inflow[i + 1] == 0.0 ? 0.0 : -inflow[i + 1];
     }
-    return gatherNodeResults(std::move(ids), std::move(values));
+    return values;
 }
 
 }  // namespace
@@ -92,29 +112,26 @@ ResultsSet gatherNodeResults(std::vector<int> ids, std::vector<double> values)
 std::map<int, ResultsSet> mapResults(const lcn::NodeArray& nodes, const lcn::ElementArray& elements,
                                      const lcnNET_var& var)
 {
-    const auto velocity = [](const lcnNET_elems& elem) { return velocityOf(elem, elem.volumeFlow()); };
-    const auto reynolds = [&](const lcnNET_elems& elem) { return reynoldsOf(elem, velocity(elem), var); };
-    const auto difference = [&](const lcnNET_elems& elem) {
-        return nodes[elem.LocalEndNode].Pressure - nodes[elem.LocalStartNode].Pressure;
-    };
-    const int E = var.ElemTotal;
-    const int N = var.NodeTotal;
+    Values inflow(static_cast<std::size_t>(var.NodeTotal) + 1, 0.0);
+    ElementValues element = readElements(nodes, elements, var, inflow);
+    NodeValues node = readNodes(nodes, var, inflow);
 
+    const auto elementIds = std::make_shared<const std::vector<int>>(std::move(element.ids));
+    const auto nodeIds = std::make_shared<const std::vector<int>>(node.ids);
     std::map<int, ResultsSet> results;
-    results.emplace(TAVELL_RESULT_REYNOLDS, elementSet(elements, E, reynolds));
-    results.emplace(TAVELL_RESULT_VELOCITY, elementSet(elements, E, velocity));
-    results.emplace(TAVELL_RESULT_VOLUME_FLOW,
-                    elementSet(elements, E, [](const lcnNET_elems& elem) { return elem.volumeFlow(); }));
-    results.emplace(TAVELL_RESULT_MASS_FLOW,
-                    elementSet(elements, E, [](const lcnNET_elems& elem) { return elem.Massflow; }));
-    results.emplace(TAVELL_RESULT_ELEMENT_TEMPERATURE,
-                    elementSet(elements, E, [](const lcnNET_elems& elem) { return elem.Temperature; }));
-    results.emplace(TAVELL_RESULT_PRESSURE_DIFFERENCE, elementSet(elements, E, difference));
-    results.emplace(TAVELL_RESULT_NODE_TEMPERATURE,
-                    nodeSet(nodes, N, [](const lcnNET_nodes& node) { return node.Temperature; }));
-    results.emplace(TAVELL_RESULT_PRESSURE,
-                    nodeSet(nodes, N, [](const lcnNET_nodes& node) { return node.Pressure; }));
-    results.emplace(TAVELL_RESULT_EXTERNAL_MASS_FLOW, externalMassFlows(nodes, elements, N));
+    const auto add = [&results](int key, bool nodal, const ResultsSet::Ids& ids, Values& values) {
+        results.emplace(key, ResultsSet(nodal, ids, std::move(values)));
+    };
+    add(TAVELL_RESULT_REYNOLDS, false, elementIds, element.reynolds);
+    add(TAVELL_RESULT_VELOCITY, false, elementIds, element.velocity);
+    add(TAVELL_RESULT_VOLUME_FLOW, false, elementIds, element.volumeFlow);
+    add(TAVELL_RESULT_MASS_FLOW, false, elementIds, element.massFlow);
+    add(TAVELL_RESULT_ELEMENT_TEMPERATURE, false, elementIds, element.temperature);
+    add(TAVELL_RESULT_PRESSURE_DIFFERENCE, false, elementIds, element.pressureDifference);
+    add(TAVELL_RESULT_NODE_TEMPERATURE, true, nodeIds, node.temperature);
+    add(TAVELL_RESULT_PRESSURE, true, nodeIds, node.pressure);
+    results.emplace(TAVELL_RESULT_EXTERNAL_MASS_FLOW,
+                    gatherNodeResults(std::move(node.ids), std::move(node.externalMassFlow)));
     return results;
 }
 

@@ -1,15 +1,18 @@
 #include "translation.h"
 
 #include <algorithm>
+#include <array>
 #include <cfloat>
 #include <climits>
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
 
 #include "lcn/connection.h"
 #include "lcn/constants.h"
 #include "model/Circuit.h"
 #include "model/element_curve.h"
+#include "model/property_ids.h"
 #include "tavell/Constants.h"
 
 namespace Velcor::Tavell
@@ -33,6 +36,25 @@ double numberOr(const Entity& entity, int id, double fallback)
     return entity.has(id) ? entity.number(id) : fallback;
 }
 
+/// The numbers of an element or a node, taken out of its property set in one walk: reading them one after
+/// another takes a search each. As in the set itself, an absent number reads 0.
+class StoredNumbers
+{
+public:
+    /// Reads a set; false when it holds something other than numbers, and has to be asked itself.
+    bool read(const Properties& properties)
+    {
+        m_values.fill(0.0);
+        return properties.visitNumbers(
+            [this](int slot, double value) { m_values[static_cast<std::size_t>(slot)] = value; });
+    }
+    double number(int id) const { return m_values[static_cast<std::size_t>(propertySlot(id))]; }
+    int wholeNumber(int id) const { return truncateToInt(number(id)); }
+
+private:
+    std::array<double, kPropertySlots> m_values;
+};
+
 /// Points and reference density of a pump's or loss's curve, and the flow it is fixed to.
 void readCurve(const Element& element, lcnNET_elems& record)
 {
@@ -50,8 +72,9 @@ void readCurve(const Element& element, lcnNET_elems& record)
     }
 }
 
-/// The inputs that only one type has.
-void readInputsOfType(const Element& element, lcnNET_elems& record)
+/// The inputs that only one type has. Inputs has number(id), as the element itself.
+template <typename Inputs>
+void readInputsOfType(const Element& element, const Inputs& inputs, lcnNET_elems& record)
 {
     switch (record.type) {
     case lcn::kPump:
@@ -59,26 +82,26 @@ void readInputsOfType(const Element& element, lcnNET_elems& record)
         readCurve(element, record);
         break;
     case lcn::kHazenWilliams:
-        record.HWcoeff = element.number(TAVELL_ELEMENT_HAZENWILLIAMS_COEFFICIENT);
+        record.HWcoeff = inputs.number(TAVELL_ELEMENT_HAZENWILLIAMS_COEFFICIENT);
         break;
     case lcn::kOrifice:
-        record.HWcoeff = element.number(TAVELL_ELEMENT_ORIFICE_BORE_DIAMETER);
+        record.HWcoeff = inputs.number(TAVELL_ELEMENT_ORIFICE_BORE_DIAMETER);
         break;
     case lcn::kGeneralLoss:
-        record.HWcoeff = element.number(TAVELL_ELEMENT_GENERAL_LOSS_CK);
-        record.Param1 = element.number(TAVELL_ELEMENT_GENERAL_LOSS_A);
-        record.Param2 = element.number(TAVELL_ELEMENT_GENERAL_LOSS_B);
-        record.Param3 = element.number(TAVELL_ELEMENT_GENERAL_LOSS_C);
-        record.Param4 = element.number(TAVELL_ELEMENT_GENERAL_LOSS_D);
+        record.HWcoeff = inputs.number(TAVELL_ELEMENT_GENERAL_LOSS_CK);
+        record.Param1 = inputs.number(TAVELL_ELEMENT_GENERAL_LOSS_A);
+        record.Param2 = inputs.number(TAVELL_ELEMENT_GENERAL_LOSS_B);
+        record.Param3 = inputs.number(TAVELL_ELEMENT_GENERAL_LOSS_C);
+        record.Param4 = inputs.number(TAVELL_ELEMENT_GENERAL_LOSS_D);
         break;
     case lcn::kKvValve:
-        record.HWcoeff = element.number(TAVELL_ELEMENT_VALVE_KV_COEFFICIENT) / kSecondsPerHour;
+        record.HWcoeff = inputs.number(TAVELL_ELEMENT_VALVE_KV_COEFFICIENT) / kSecondsPerHour;
         break;
     case lcn::kCvValve:
-        record.HWcoeff = element.number(TAVELL_ELEMENT_VALVE_CV_COEFFICIENT) * kKvPerCv / kSecondsPerHour;
+        record.HWcoeff = inputs.number(TAVELL_ELEMENT_VALVE_CV_COEFFICIENT) * kKvPerCv / kSecondsPerHour;
         break;
     case lcn::kControlValve:
-        record.FixedFlow = element.number(TAVELL_ELEMENT_CONTROL_VALVE_MASS_FLOW);
+        record.FixedFlow = inputs.number(TAVELL_ELEMENT_CONTROL_VALVE_MASS_FLOW);
         record.fix = 1;
         break;
     case lcn::kNonReturn:
@@ -91,10 +114,10 @@ void readInputsOfType(const Element& element, lcnNET_elems& record)
 }
 
 /// Every kind of energy input has a place of its own: [K] wall, [W/m2] flux, [K] rise, [W] heat.
-void readEnergyInput(const Element& element, lcnNET_elems& record)
+template <typename Inputs> void readEnergyInput(const Inputs& inputs, lcnNET_elems& record)
 {
-    record.Energy_var = element.wholeNumber(TAVELL_ELEMENT_ENERGY_TYPE);
-    const double value = element.number(TAVELL_ELEMENT_ENERGY_VALUE);
+    record.Energy_var = inputs.wholeNumber(TAVELL_ELEMENT_ENERGY_TYPE);
+    const double value = inputs.number(TAVELL_ELEMENT_ENERGY_VALUE);
     switch (record.Energy_var) {
     case TAVELL_ENERGY_WALL_TEMPERATURE:
         record.MetalTemp = value;
@@ -117,59 +140,65 @@ int solverType(int modelType)
     return modelType == INT_MAX ? 0 : modelType + 1;
 }
 
-lcnNET_elems readElement(Element& element, const lcnNET_pumps& noCurve)
+/// The inputs of an element but its wall temperature, in the order in which an unreadable one is told.
+template <typename Inputs>
+void readElement(const Element& element, const Inputs& inputs, lcnNET_elems& record)
 {
-    lcnNET_elems record(0, noCurve);
-    record.elem_no = element.id();
-    record.StartNode = element.startNodeId();
-    record.EndNode = element.endNodeId();
-    record.type = solverType(element.type());
-    record.diam = element.number(TAVELL_ELEMENT_DIAMETER);
-    record.Area = element.number(TAVELL_ELEMENT_AREA);
-    record.rough = element.number(TAVELL_ELEMENT_ROUGHNESS);
-    element.GetProperty(TAVELL_ELEMENT_TEMPERATURE, &record.MetalTemp);
-    record.k = record.kSpecified = element.number(TAVELL_ELEMENT_K_SPECIFIED);
-    record.WettedArea = element.number(TAVELL_ELEMENT_WETTEDPERIMETER);
-    readEnergyInput(element, record);
-    readInputsOfType(element, record);
-    return record;
+    record.elem_no = inputs.wholeNumber(TAVELL_ELEMENT_ID);
+    record.StartNode = inputs.wholeNumber(TAVELL_ELEMENT_START);
+    record.EndNode = inputs.wholeNumber(TAVELL_ELEMENT_END);
+    record.type = solverType(inputs.wholeNumber(TAVELL_ELEMENT_MODE));
+    record.diam = inputs.number(TAVELL_ELEMENT_DIAMETER);
+    record.Area = inputs.number(TAVELL_ELEMENT_AREA);
+    record.rough = inputs.number(TAVELL_ELEMENT_ROUGHNESS);
+    record.k = record.kSpecified = inputs.number(TAVELL_ELEMENT_K_SPECIFIED);
+    record.WettedArea = inputs.number(TAVELL_ELEMENT_WETTEDPERIMETER);
+    readEnergyInput(inputs, record);
+    readInputsOfType(element, inputs, record);
 }
 
-void readElements(Circuit& circuit, Network& network)
+void readElements(Circuit& circuit, Network& network, double startTemperature)
 {
     const lcnNET_pumps noCurve;
+    const double wallTemperature = numberOr(circuit.fluid(), TAVELL_FLUID_DEFAULT_TEMPERATURE, 0.0);
     std::vector<lcnNET_elems> records;
     records.reserve(circuit.elements().size() + 1);
     records.emplace_back(0, noCurve);  // solver numbers run from 1
-    int curves = 0;
-    for (Element* element : circuit.elements()) {
-        records.push_back(readElement(*element, noCurve));
-        if (records.back().type == lcn::kPump || records.back().type == lcn::kLossCurve) ++curves;
+    std::vector<std::size_t> withCurve;
+    StoredNumbers numbers;
+    for (const Element* element : circuit.elements()) {
+        lcnNET_elems& record = records.emplace_back(0, noCurve);
+        record.MetalTemp = wallTemperature;
+        record.Temperature = startTemperature;
+        if (numbers.read(element->properties()))
+            readElement(*element, numbers, record);
+        else
+            readElement(*element, *element, record);
+        if (record.type == lcn::kPump || record.type == lcn::kLossCurve)
+            withCurve.push_back(records.size() - 1);
     }
     network.var.ElemTotal = static_cast<int>(records.size()) - 1;
 
-    network.var.Pumps.resize(curves + 1);
+    network.var.Pumps.resize(static_cast<int>(withCurve.size()) + 1);
     int curve = 0;
-    for (const lcnNET_elems& record : records)
-        if (record.type == lcn::kPump || record.type == lcn::kLossCurve)
-            network.var.Pumps[++curve] = record.Curve;
+    for (const std::size_t e : withCurve)
+        network.var.Pumps[++curve] = records[e].Curve;
     network.elements.assign(std::move(records));
 }
 
 /// Heights [m] above the lowest node, against the direction of gravity; the lowest node's own is the
-/// reference elevation.
-void setHeights(Circuit& circuit, Network& network)
+/// reference elevation. The locations are those of the nodes in solver order, from position 0.
+void setHeights(Circuit& circuit, Network& network, const std::vector<Location>& locations)
 {
     double gx = 0.0, gy = 0.0, gz = 0.0;
     circuit.GetGravity(&gx, &gy, &gz);
+    const auto height = [&](const Location& at) { return -(at.x * gx + at.y * gy + at.z * gz); };
     double smallest = kHeightLimit;
-    for (int i = 1; i <= network.var.NodeTotal; ++i) {
-        lcnNET_nodes& node = network.nodes[i];
-        node.Height = -(node.X * gx + node.Y * gy + node.Z * gz);
-        smallest = std::min(smallest, node.Height);
-    }
-    for (int i = 1; i <= network.var.NodeTotal; ++i)
-        network.nodes[i].Height -= smallest;
+    for (const Location& at : locations)
+        smallest = std::min(smallest, height(at));
+    int i = 0;
+    for (const Location& at : locations)
+        network.nodes[++i].Height = height(at) - smallest;
     network.var.Datum = smallest;
 }
 
@@ -204,22 +233,30 @@ BoundaryCondition readBoundary(const Node& node, int record, double defaultTempe
     return boundary;
 }
 
-void readNodes(Circuit& circuit, Network& network)
+/// Location and number of a node; its type. Inputs has number(id), as the node itself.
+template <typename Inputs> int readNode(const Inputs& inputs, lcnNET_nodes& record)
+{
+    record.X = inputs.number(TAVELL_NODE_X);
+    record.Y = inputs.number(TAVELL_NODE_Y);
+    record.Z = inputs.number(TAVELL_NODE_Z);
+    record.node_no = inputs.wholeNumber(TAVELL_NODE_ID);
+    return inputs.wholeNumber(TAVELL_NODE_MODE);
+}
+
+/// Writes the locations, too, in solver order from position 0.
+void readNodes(Circuit& circuit, Network& network, std::vector<Location>& locations)
 {
     const lcn::array<int> noList;
     std::vector<lcnNET_nodes> records;
     records.reserve(circuit.nodes().size() + 1);
+    locations.reserve(circuit.nodes().size());
     records.emplace_back(noList);  // solver numbers run from 1
+    StoredNumbers numbers;
     for (const Node* node : circuit.nodes()) {
-        records.emplace_back(noList);
-        lcnNET_nodes& record = records.back();
-        const Location location = node->location();
-        record.node_no = node->id();
-        record.X = location.x;
-        record.Y = location.y;
-        record.Z = location.z;
-
-        const int type = node->type();
+        lcnNET_nodes& record = records.emplace_back(noList);
+        const int type =
+            numbers.read(node->properties()) ? readNode(numbers, record) : readNode(*node, record);
+        locations.push_back({record.X, record.Y, record.Z});
         if (type != TAVELL_NODE_INLET && type != TAVELL_NODE_OUTLET) continue;
         const int number = static_cast<int>(records.size()) - 1;
         network.boundaries.push_back(readBoundary(*node, number, network.var.Tav));
@@ -230,19 +267,20 @@ void readNodes(Circuit& circuit, Network& network)
 }
 
 /// Mean of the inlets' stored fluid temperatures [K] over all inlets: the first guess of every element's
-/// temperature, until the starting values replace it. Not a number without an inlet.
-void setAverageTemperature(const Circuit& circuit, Network& network)
+/// temperature, until the starting values replace it. Not a number without an inlet. What is not readable
+/// counts as 0 here, since reading the nodes will tell of it.
+double meanInletTemperature(const Circuit& circuit)
 {
     double sum = 0.0;
     double inlets = 0.0;
     for (const Node* node : circuit.nodes()) {
-        if (node->type() != TAVELL_NODE_INLET) continue;
+        const Properties& values = node->properties();
+        if (truncateToInt(values.readableNumber(TAVELL_NODE_MODE).value_or(0.0)) != TAVELL_NODE_INLET)
+            continue;
         inlets += 1.0;
-        sum += node->number(TAVELL_NODE_FLUID_TEMPERATURE);
+        sum += values.readableNumber(TAVELL_NODE_FLUID_TEMPERATURE).value_or(0.0);
     }
-    const double average = sum / inlets;
-    for (int e = 1; e <= network.var.ElemTotal; ++e)
-        network.elements[e].Temperature = average;
+    return sum / inlets;
 }
 
 void setSolverDefaults(lcnNET_var& var)
@@ -359,10 +397,10 @@ Network readModel(Circuit& circuit, bool energy)
     setSolverDefaults(network.var);
     readSettings(circuit, network.var);
     readFluid(circuit.fluid(), network.var);
-    readElements(circuit, network);
-    readNodes(circuit, network);
-    setHeights(circuit, network);
-    setAverageTemperature(circuit, network);
+    readElements(circuit, network, meanInletTemperature(circuit));
+    std::vector<Location> locations;
+    readNodes(circuit, network, locations);
+    setHeights(circuit, network, locations);
     network.var.Energy = energy ? 1 : 0;
     return network;
 }

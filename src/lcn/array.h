@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace lcn
@@ -18,6 +19,14 @@ public:
     array() : m_storage(std::make_shared<VectorData>()) {}
     array(const array&) = default;
     array& operator=(const array&) = default;
+    /// Takes the other's storage and leaves it this one's, so that neither is ever a null handle. Without
+    /// counting: a handle that is made to be assigned costs half.
+    array& operator=(array&& other) noexcept
+    {
+        m_storage.swap(other.m_storage);
+        std::swap(m_offset, other.m_offset);
+        return *this;
+    }
     virtual ~array() = default;
 
     /// Sets the number of slots [0 .. count - 1]. New slots are zero, surplus ones are dropped from the end,

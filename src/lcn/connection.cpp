@@ -50,6 +50,13 @@ private:
     std::vector<Entry> m_numbers;
 };
 
+/// An element as the lists see it.
+struct Link {
+    int start, end;              // solver node numbers
+    int startNumber, endNumber;  // the host's node numbers
+    int number;                  // the host's number of the element
+};
+
 int findOrFail(const NodeNumbers& numbers, int number, lcnNET_var& var)
 {
     const int record = numbers.find(number);
@@ -59,17 +66,21 @@ int findOrFail(const NodeNumbers& numbers, int number, lcnNET_var& var)
 
 }  // namespace
 
+// The records are wide, so each is visited once; what the lists are made of lies in arrays of its own
+// meanwhile.
 void connect(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var)
 {
     const NodeNumbers numbers(nodes, var.NodeTotal);
-    for (int i = 1; i <= var.NodeTotal; ++i)
-        nodes[i].no_branches = 0;
+    std::vector<int> branches(static_cast<std::size_t>(var.NodeTotal) + 1);  // by node
+    std::vector<Link> links;
+    links.reserve(static_cast<std::size_t>(var.ElemTotal));
     for (int e = 1; e <= var.ElemTotal; ++e) {
         lcnNET_elems& elem = elements[e];
         elem.LocalStartNode = findOrFail(numbers, elem.StartNode, var);
         elem.LocalEndNode = findOrFail(numbers, elem.EndNode, var);
-        ++nodes[elem.LocalStartNode].no_branches;
-        ++nodes[elem.LocalEndNode].no_branches;
+        ++branches[static_cast<std::size_t>(elem.LocalStartNode)];
+        ++branches[static_cast<std::size_t>(elem.LocalEndNode)];
+        links.push_back({elem.LocalStartNode, elem.LocalEndNode, elem.StartNode, elem.EndNode, elem.elem_no});
     }
 
     // One storage for all lists of a kind; each node's list is a view into it that starts after the lists
@@ -80,24 +91,28 @@ void connect(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     neighbours.resize(ends);
     localElements.resize(ends);
 
-    std::vector<int> next(static_cast<std::size_t>(var.NodeTotal) + 1);
+    std::vector<int>& next = branches;  // the slot before a node's next entry takes the place of its count
     int first = 0;
     for (int i = 1; i <= var.NodeTotal; ++i) {
         nodes[i].Elements = hostElements.shiftedBy(first);
         nodes[i].Neighbours = neighbours.shiftedBy(first);
         nodes[i].LocalElements = localElements.shiftedBy(first);
+        const int count = branches[static_cast<std::size_t>(i)];
+        nodes[i].no_branches = count;
         next[static_cast<std::size_t>(i)] = first;
-        first += nodes[i].no_branches;
+        first += count;
     }
-    const auto append = [&](int node, int sign, int e, int farNode) {
+    const auto append = [&](int node, int sign, int e, int number, int farNumber) {
         const int slot = ++next[static_cast<std::size_t>(node)];
-        hostElements[slot] = sign * elements[e].elem_no;
-        neighbours[slot] = nodes[farNode].node_no;
+        hostElements[slot] = sign * number;
+        neighbours[slot] = farNumber;
         localElements[slot] = sign * e;
     };
-    for (int e = 1; e <= var.ElemTotal; ++e) {
-        append(elements[e].LocalStartNode, -1, e, elements[e].LocalEndNode);
-        append(elements[e].LocalEndNode, +1, e, elements[e].LocalStartNode);
+    int e = 0;
+    for (const Link& link : links) {
+        ++e;
+        append(link.start, -1, e, link.number, link.endNumber);
+        append(link.end, +1, e, link.number, link.startNumber);
     }
 }
 

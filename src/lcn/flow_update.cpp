@@ -64,10 +64,17 @@ void updateFlows(const NodeArray& nodes, const ElementArray& elements, const lcn
 
 void updateElementPressures(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
 {
+    // side by side: the ends of an element may be anywhere among the records
+    struct State {
+        double Pressure, Height;
+    };
+    std::vector<State> states(static_cast<std::size_t>(var.NodeTotal) + 1);
+    for (int i = 1; i <= var.NodeTotal; ++i)
+        states[static_cast<std::size_t>(i)] = {nodes[i].Pressure, nodes[i].Height};
     for (int e = 1; e <= var.ElemTotal; ++e) {
         lcnNET_elems& elem = elements[e];
-        const lcnNET_nodes& start = nodes[elem.LocalStartNode];
-        const lcnNET_nodes& end = nodes[elem.LocalEndNode];
+        const State start = states[static_cast<std::size_t>(elem.LocalStartNode)];
+        const State end = states[static_cast<std::size_t>(elem.LocalEndNode)];
         elem.PressureOld = elem.Pressure;
         elem.densityOld = elem.density;
         if (isCurve(elem.type)) {
@@ -85,10 +92,8 @@ void FixedPressureElements::prepare(const NodeArray& nodes, const ElementArray& 
                                     const lcnNET_var& var)
 {
     m_elements.clear();
-    for (int e = 1; e <= var.ElemTotal; ++e)
-        if (nodes[elements[e].LocalStartNode].flag == kPressureBoundary &&
-            nodes[elements[e].LocalEndNode].flag == kPressureBoundary && elements[e].fix == 0)
-            m_elements.push_back(e);
+    for (const int e : elementsBetweenFixedPressures(nodes, elements, var))
+        if (elements[e].fix == 0) m_elements.push_back(e);
 }
 
 bool FixedPressureElements::update(const NodeArray& nodes, const ElementArray& elements,

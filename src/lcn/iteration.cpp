@@ -255,9 +255,10 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     traceHeader(var);
     minorLosses.start(elements, var);
     pipes.prepare(nodes, elements, var, dt, paths.sweepsPipes);
+    NearStart start = NearStart::kNotTried;
     if (paths.startsNearSolution)
-        stopped = startNearSolution(nodes, elements, var, pipes, system, equations, corrections, cancel) ==
-                  NearStart::kCancelled;
+        start = startNearSolution(nodes, elements, var, pipes, system, equations, corrections, cancel);
+    stopped = start == NearStart::kCancelled;
     updateFrictionFactors(elements, var, pipes.others());
     if (pipes.isUsed()) flowEnds.holdLosses(nodes, elements, var, dt);
 
@@ -306,8 +307,10 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
             std::fabs(measures.massError) < var.Concrit && measures.pressureError < var.Concrit;
         const bool outOfSweeps = flowsConverged && temperatures.sweeps >= kMostTemperatureSweeps;
         unsettledSolves = outOfSweeps ? unsettledSolves + 1 : 0;
+        // flows that begin at the answer leave slow temperatures the rounds that they would have had
+        const bool temperaturesLag = outOfSweeps && start == NearStart::kFound;
         converged = flowsConverged && settled && minorLossesConverged && temperatures.converged &&
-                    !limitsChanged && limits.hasDecided();
+                    !temperaturesLag && !limitsChanged && limits.hasDecided();
     } while (!converged && var.nIter < var.numitermm && !stopped && measures.finite && temperatures.finite &&
              unsettledSolves < kMostUnsettledSolves);
 

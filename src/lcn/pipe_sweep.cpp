@@ -32,11 +32,6 @@ bool applies(const lcnNET_var& var, double dt)
            !(var.ViscosityLaw && var.Energy == 1);
 }
 
-bool isFree(const lcnNET_nodes& node)
-{
-    return node.flag == kFreeNode;
-}
-
 /// Whether an element's flow is decided during the iteration.
 bool isLimited(const NodeArray& nodes, const lcnNET_elems& elem)
 {
@@ -65,10 +60,13 @@ void PipeSweep::prepare(const NodeArray& nodes, const ElementArray& elements, co
     }
     m_givenInflow.assign(static_cast<std::size_t>(var.NodeTotal) + 1, 0.0);
     m_pipes.reserve(static_cast<std::size_t>(var.ElemTotal));
+    std::vector<char> isFree(static_cast<std::size_t>(var.NodeTotal) + 1, 0);
+    for (int i = 1; i <= var.NodeTotal; ++i)
+        isFree[static_cast<std::size_t>(i)] = nodes[i].flag == kFreeNode;
     for (int e = 1; e <= var.ElemTotal; ++e) {
         lcnNET_elems& elem = elements[e];
-        const lcnNET_nodes& start = nodes[elem.LocalStartNode];
-        const lcnNET_nodes& end = nodes[elem.LocalEndNode];
+        const bool hasFreeEnd = isFree[static_cast<std::size_t>(elem.LocalStartNode)] != 0 ||
+                                isFree[static_cast<std::size_t>(elem.LocalEndNode)] != 0;
         if (elem.LocalStartNode == elem.LocalEndNode || isLimited(nodes, elem)) {
             m_others.push_back(e);
         } else if (elem.fix != 0) {
@@ -77,7 +75,7 @@ void PipeSweep::prepare(const NodeArray& nodes, const ElementArray& elements, co
             m_givenInflow[static_cast<std::size_t>(elem.LocalStartNode)] -= elem.Massflow;
             m_givenInflow[static_cast<std::size_t>(elem.LocalEndNode)] += elem.Massflow;
             m_givenTotal += std::fabs(elem.Massflow);
-        } else if (isDarcyWeisbach(elem.type) && (isFree(start) || isFree(end))) {
+        } else if (isDarcyWeisbach(elem.type) && hasFreeEnd) {
             const double dynamic = 0.5 / (elem.Area * elem.Area) / elem.density;
             Pipe pipe{};
             pipe.mass = elem.Massflow;

@@ -1,5 +1,6 @@
 #include "preparation.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <vector>
@@ -103,14 +104,20 @@ double startFlow(const ElementArray& elements, const lcnNET_var& var)
     return smallest == kNoFlow ? kDefaultFlow : smallest / 2.0;
 }
 
-void startElement(const NodeArray& nodes, lcnNET_elems& elem, const lcnNET_var& var, double startFlow)
+/// Pressure and temperature of the elements at nodes that start from values of their own.
+void averageAtBoundaries(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
 {
-    const lcnNET_nodes& start = nodes[elem.LocalStartNode];
-    const lcnNET_nodes& end = nodes[elem.LocalEndNode];
-    elem.Pressure = (start.Pressure + end.Pressure) / 2.0;
-    elem.Temperature = (start.Temperature + end.Temperature) / 2.0;
-    elem.density = var.Density;
-    elem.Massflow = elem.fix == 1 ? elem.FixedFlow : startFlow;
+    for (int i = 1; i <= var.NodeTotal; ++i) {
+        const lcnNET_nodes& node = nodes[i];
+        if (node.flag != kPressureBoundary && node.tempflag != 1) continue;
+        for (int b = 1; b <= node.no_branches; ++b) {
+            lcnNET_elems& elem = elements[std::abs(node.LocalElements[b])];
+            const lcnNET_nodes& start = nodes[elem.LocalStartNode];
+            const lcnNET_nodes& end = nodes[elem.LocalEndNode];
+            elem.Pressure = (start.Pressure + end.Pressure) / 2.0;
+            elem.Temperature = (start.Temperature + end.Temperature) / 2.0;
+        }
+    }
 }
 
 /// A fixed flow inside the network could contradict the mass balance, so it is a target to begin with.
@@ -199,11 +206,16 @@ void setInitialValues(const NodeArray& nodes, const ElementArray& elements, lcnN
     classifyNodes(nodes, var, startPressure);
     const double flow = startFlow(elements, var);
     for (int e = 1; e <= var.ElemTotal; ++e) {
-        openInnerFlowLimit(nodes, elements[e]);
-        startElement(nodes, elements[e], var, flow);
-        softenInnerFixedFlow(nodes, elements[e]);
-        if (elements[e].FlowLimited == 1) var.LimitedFlows = 1;
+        lcnNET_elems& elem = elements[e];
+        openInnerFlowLimit(nodes, elem);
+        elem.Pressure = startPressure;
+        elem.Temperature = var.Tav;
+        elem.density = var.Density;
+        elem.Massflow = elem.fix == 1 ? elem.FixedFlow : flow;
+        softenInnerFixedFlow(nodes, elem);
+        if (elem.FlowLimited == 1) var.LimitedFlows = 1;
     }
+    averageAtBoundaries(nodes, elements, var);
 }
 
 void applyDebugAndOpenEnds(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var)
@@ -244,14 +256,31 @@ bool settleFlowBetweenFixedPressures(const NodeArray& nodes, const ElementArray&
     return false;
 }
 
+std::vector<int> elementsBetweenFixedPressures(const NodeArray& nodes, const ElementArray& elements,
+                                               const lcnNET_var& var)
+{
+    std::vector<int> found;
+    for (int i = 1; i <= var.NodeTotal; ++i) {
+        const lcnNET_nodes& node = nodes[i];
+        if (node.flag != kPressureBoundary) continue;
+        for (int b = 1; b <= node.no_branches; ++b) {
+            if (node.LocalElements[b] > 0) continue;  // found from its start
+            const int e = -node.LocalElements[b];
+            if (nodes[elements[e].LocalEndNode].flag == kPressureBoundary) found.push_back(e);
+        }
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
 void setFlowsBetweenFixedPressures(const NodeArray& nodes, const ElementArray& elements,
                                    const lcnNET_var& var)
 {
-    for (int e = 1; e <= var.ElemTotal; ++e) {
+    for (const int e : elementsBetweenFixedPressures(nodes, elements, var)) {
         lcnNET_elems& elem = elements[e];
         const lcnNET_nodes& start = nodes[elem.LocalStartNode];
         const lcnNET_nodes& end = nodes[elem.LocalEndNode];
-        if (elem.fix == 1 || start.flag != kPressureBoundary || end.flag != kPressureBoundary) continue;
+        if (elem.fix == 1) continue;
         if (std::fabs(start.Pressure - end.Pressure) > kTiny)
             settleFlowBetweenFixedPressures(nodes, elements, var, e, kStartTolerance);
         else

@@ -1,6 +1,8 @@
 // preparation.h: from translated records to the start of the iteration.
 #pragma once
 
+#include <vector>
+
 #include "records.h"
 
 namespace lcn
@@ -30,6 +32,10 @@ void applyDebugAndOpenEnds(const NodeArray& nodes, const ElementArray& elements,
 
 /// Copies every current value into its previous-iteration companion.
 void keepAsPrevious(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var);
+
+/// Elements whose ends both have a fixed pressure, ascending.
+std::vector<int> elementsBetweenFixedPressures(const NodeArray& nodes, const ElementArray& elements,
+                                               const lcnNET_var& var);
 
 /// Starting flow of every element between two fixed pressures, from its own law; 0.0 between equal pressures.
 void setFlowsBetweenFixedPressures(const NodeArray& nodes, const ElementArray& elements,

@@ -35,6 +35,7 @@ std::uint32_t skipTaken(std::uint32_t candidate, const std::unordered_set<int>& 
 
 Circuit::Circuit(ObjectRegistry& registry) : m_registry(registry)
 {
+    properties().useRoom(m_room);
     properties().setNumber(TAVELL_CIRCUIT_GRAVITY_X, 0.0);
     properties().setNumber(TAVELL_CIRCUIT_GRAVITY_Y, 0.0);
     properties().setNumber(TAVELL_CIRCUIT_GRAVITY_Z, -1.0);
@@ -44,13 +45,7 @@ Circuit::Circuit(ObjectRegistry& registry) : m_registry(registry)
     m_fluid.Attach(this);
 }
 
-Circuit::~Circuit()
-{
-    for (const Node* node : m_nodes)
-        m_registry.nodes.erase(node);
-    for (const Element* element : m_elements)
-        m_registry.elements.erase(element);
-}
+Circuit::~Circuit() = default;
 
 IFluid* Circuit::GetFluid()
 {
@@ -84,21 +79,21 @@ INode* Circuit::CreateNode()
     std::uint32_t id = m_nextNodeId;
     while (m_checkNodeIdTaken && m_index.firstNode(static_cast<int>(id)) != nullptr)
         ++id;
-    Node& node = add(std::make_unique<Node>(*this, id));
+    Node& node = add(std::unique_ptr<Node>(new (m_registry.nodes) Node(*this, id)));
     m_nextNodeId = id + 1;
     return &node;
 }
 
 bool Circuit::ReleaseNode(INode* node)
 {
-    if (m_registry.nodes.find(node) != this) return false;
+    if (m_registry.circuitOf(node) != this) return false;
     remove(*static_cast<Node*>(node));
     return true;
 }
 
 IElement* Circuit::CreateEmptyElement()
 {
-    return &add(makeElement(TAVELL_PIPE, {TAVELL_ENERGY_FLUX, 0.0}));
+    return &add(makeElement(TAVELL_PIPE, std::nullopt, {TAVELL_ENERGY_FLUX, 0.0}));
 }
 
 IElement* Circuit::CreateElement(INode* start, INode* end, double diameter, double area, double k,
@@ -138,7 +133,7 @@ IElement* Circuit::CreateLoss(INode* start, INode* end, const double* flowRates,
 
 bool Circuit::ReleaseElement(IElement* element)
 {
-    if (m_registry.elements.find(element) != this) return false;
+    if (m_registry.circuitOf(element) != this) return false;
     remove(*static_cast<Element*>(element));
     return true;
 }
@@ -294,8 +289,8 @@ void Circuit::Update(Patterns::Observer::Subject* /*subject*/, int /*what*/)
 /// that are no nodes of this system are refused before they are followed.
 std::optional<Circuit::Ends> Circuit::connection(INode* start, INode* end) const
 {
-    const Circuit* startCircuit = m_registry.nodes.find(start);
-    const Circuit* endCircuit = m_registry.nodes.find(end);
+    const Circuit* startCircuit = m_registry.circuitOf(start);
+    const Circuit* endCircuit = m_registry.circuitOf(end);
     if (startCircuit == nullptr || endCircuit == nullptr) return std::nullopt;
 
     const Node& startNode = *static_cast<Node*>(start);
@@ -311,35 +306,42 @@ std::optional<Circuit::Ends> Circuit::connection(INode* start, INode* end) const
     return ends;
 }
 
-/// A new element without ends. It takes the next id of the counter when it is added.
-std::unique_ptr<Element> Circuit::makeElement(int type, Energy energy)
+/// A new element that has only its id: the next one of the counter, which it takes when it is added.
+std::unique_ptr<Element> Circuit::newElement()
 {
-    auto element = std::make_unique<Element>(*this, m_nextElementId);
+    return std::unique_ptr<Element>(new (m_registry.elements) Element(*this, m_nextElementId));
+}
+
+/// A new element; without ends it has no start and end id.
+std::unique_ptr<Element> Circuit::makeElement(int type, std::optional<Ends> ends, Energy energy)
+{
+    auto element = newElement();
     Properties& values = element->properties();
+    if (ends) {
+        values.setNumber(TAVELL_ELEMENT_START, ends->start);
+        values.setNumber(TAVELL_ELEMENT_END, ends->end);
+    }
     values.setNumber(TAVELL_ELEMENT_MODE, type);
     values.setNumber(TAVELL_ELEMENT_ENERGY_TYPE, energy.type);
     values.setNumber(TAVELL_ELEMENT_ENERGY_VALUE, energy.value);
     return element;
 }
 
-std::unique_ptr<Element> Circuit::makeElement(int type, const Ends& ends, Energy energy)
-{
-    auto element = makeElement(type, energy);
-    Properties& values = element->properties();
-    values.setNumber(TAVELL_ELEMENT_START, ends.start);
-    values.setNumber(TAVELL_ELEMENT_END, ends.end);
-    return element;
-}
-
 IElement* Circuit::addPipe(const Ends& ends, const Section& section, double k, Energy energy)
 {
-    auto element = makeElement(TAVELL_PIPE, ends, energy);
+    auto element = newElement();
     Properties& values = element->properties();
+    // In ascending order of id, so that no value has to move for another.
+    values.setNumber(TAVELL_ELEMENT_START, ends.start);
+    values.setNumber(TAVELL_ELEMENT_END, ends.end);
     values.setNumber(TAVELL_ELEMENT_DIAMETER, section.diameter);
     values.setNumber(TAVELL_ELEMENT_AREA, section.area);
-    values.setNumber(TAVELL_ELEMENT_WETTEDPERIMETER, section.wettedPerimeter);
-    values.setNumber(TAVELL_ELEMENT_K_SPECIFIED, k);
     values.setNumber(TAVELL_ELEMENT_ROUGHNESS, 0.0);
+    values.setNumber(TAVELL_ELEMENT_MODE, TAVELL_PIPE);
+    values.setNumber(TAVELL_ELEMENT_K_SPECIFIED, k);
+    values.setNumber(TAVELL_ELEMENT_ENERGY_TYPE, energy.type);
+    values.setNumber(TAVELL_ELEMENT_ENERGY_VALUE, energy.value);
+    values.setNumber(TAVELL_ELEMENT_WETTEDPERIMETER, section.wettedPerimeter);
     return &add(std::move(element));
 }
 
@@ -358,8 +360,12 @@ Node& Circuit::add(std::unique_ptr<Node> node)
 {
     node->Attach(this);
     Node& added = m_nodes.append(std::move(node));
-    m_registry.nodes.set(&added, this);
-    m_index.add(added);
+    try {
+        m_index.add(added);
+    } catch (...) {
+        m_nodes.release(added);
+        throw;
+    }
     added.properties().setListener(&added);
     clearResults();
     return added;
@@ -369,8 +375,12 @@ Element& Circuit::add(std::unique_ptr<Element> element)
 {
     element->Attach(this);
     Element& added = m_elements.append(std::move(element));
-    m_registry.elements.set(&added, this);
-    m_index.add(added);
+    try {
+        m_index.add(added);
+    } catch (...) {
+        m_elements.release(added);
+        throw;
+    }
     added.properties().setListener(&added);
     ++m_nextElementId;
     clearResults();
@@ -380,7 +390,6 @@ Element& Circuit::add(std::unique_ptr<Element> element)
 void Circuit::remove(Node& node)
 {
     node.Detach(this);
-    m_registry.nodes.erase(&node);
     m_index.remove(node);
     m_nodes.release(node);
     clearResults();
@@ -389,7 +398,6 @@ void Circuit::remove(Node& node)
 void Circuit::remove(Element& element)
 {
     element.Detach(this);
-    m_registry.elements.erase(&element);
     m_index.remove(element);
     m_elements.release(element);
     clearResults();

@@ -1,6 +1,7 @@
 // Circuit.h: the container of one flow network and the state of its analysis.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -156,8 +157,8 @@ private:
     void Update(Patterns::Observer::Subject* subject, int what) override;
 
     std::optional<Ends> connection(INode* start, INode* end) const;
-    std::unique_ptr<Element> makeElement(int type, Energy energy);
-    std::unique_ptr<Element> makeElement(int type, const Ends& ends, Energy energy);
+    std::unique_ptr<Element> newElement();
+    std::unique_ptr<Element> makeElement(int type, std::optional<Ends> ends, Energy energy);
     IElement* addPipe(const Ends& ends, const Section& section, double k, Energy energy);
     IElement* addCurveElement(int type, INode* start, INode* end, const double* flowRates,
                               const double* pressures, int count, double referenceDensity, Energy energy);
@@ -166,6 +167,9 @@ private:
     void remove(Node& node);
     void remove(Element& element);
 
+    static constexpr std::size_t kInitialProperties = 6;
+
+    std::array<double, kInitialProperties> m_room;  // of the properties
     ObjectRegistry& m_registry;
     std::uint64_t m_sequence = 0;
 

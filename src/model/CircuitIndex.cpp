@@ -13,9 +13,8 @@ namespace
 
 FiledIdentifier readIdentifier(const Properties& properties, int id)
 {
-    if (!properties.has(id)) return {};
-    const auto number = properties.readableNumber(id);
-    return number ? FiledIdentifier{truncateToInt(*number), true} : FiledIdentifier{0, false};
+    if (const auto number = properties.readableNumber(id)) return {truncateToInt(*number), true};
+    return {0, !properties.has(id)};
 }
 
 NodeFiling filingOf(const Node& node)

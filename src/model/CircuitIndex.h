@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "FirstHolderIndex.h"
+#include "IdIndex.h"
 
 namespace Velcor::Tavell
 {
@@ -49,7 +50,7 @@ public:
 private:
     using Ends = std::pair<int, int>;  // start and end node id
 
-    FirstHolderIndex<int, Node> m_nodes;
+    FirstHolderIndex<int, Node, IdIndex<Node>> m_nodes;
     std::map<std::uint64_t, Node*> m_unreadableNodes;  // by sequence number
 
     FirstHolderIndex<Ends, Element> m_elementsByEnds;

@@ -13,9 +13,7 @@ namespace Velcor::Tavell
 
 Element::Element(Circuit& circuit, std::uint32_t id) : m_circuit(circuit)
 {
-    // What a pipe has at first.
-    constexpr std::size_t kInitialProperties = 11;
-    properties().reserve(kInitialProperties);
+    properties().useRoom(m_room);
     properties().setNumber(TAVELL_ELEMENT_ID, id);
 }
 

@@ -1,10 +1,13 @@
 // Element.h: a pipe, pump, valve, orifice or loss between two nodes.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "CircuitIndex.h"
 #include "Entity.h"
+#include "ObjectPool.h"
 #include "Observer.h"
 #include "property_ids.h"
 #include "tavell/IElement.h"
@@ -18,7 +21,8 @@ class Circuit;
 class Element final : public IElement,
                       public Entity,
                       public Patterns::Observer::Subject,
-                      public IdentifierListener
+                      public IdentifierListener,
+                      public Pooled<Element>
 {
 public:
     /// An element that has only its id. The circuit must outlive it.
@@ -51,6 +55,8 @@ public:
     /// Notifies no one.
     void storeCurve(const double* flowRates, const double* pressures, int count);
 
+    Circuit& circuit() const { return m_circuit; }
+
     /// Rank in order of creation, given by OrderedObjects.
     std::uint64_t sequence() const { return m_sequence; }
     void setSequence(std::uint64_t sequence) { m_sequence = sequence; }
@@ -61,6 +67,10 @@ public:
     void identifiersChanged() override;
 
 private:
+    /// What a pipe has at first, and one more.
+    static constexpr std::size_t kInitialProperties = 12;
+
+    std::array<double, kInitialProperties> m_room;  // of the properties
     Circuit& m_circuit;
     std::uint64_t m_sequence = 0;
     ElementFiling m_filing;

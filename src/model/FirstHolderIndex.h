@@ -12,8 +12,8 @@ namespace Velcor::Tavell
 
 /// Keys that objects hold, with the oldest holder of each at hand. T tells its age by sequence(): a smaller
 /// number is older. Constant time on average; an object that shares its key costs O(log n). Does not own the
-/// objects.
-template <class Key, class T> class FirstHolderIndex
+/// objects. Table is where the oldest holders are looked up.
+template <class Key, class T, class Table = HashIndex<Key, T>> class FirstHolderIndex
 {
 public:
     /// The oldest holder of a key; null when nothing holds it.
@@ -52,7 +52,7 @@ public:
 private:
     using Place = std::pair<Key, std::uint64_t>;  // key and sequence number
 
-    HashIndex<Key, T> m_oldest;
+    Table m_oldest;
     std::map<Place, T*> m_younger;
 };
 

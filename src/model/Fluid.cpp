@@ -33,7 +33,7 @@ constexpr FluidValue kWater[] = {
 
 Fluid::Fluid() : m_uiName("Water")
 {
-    properties().reserve(std::size(kWater));
+    properties().useRoom(m_room);
     for (const FluidValue& entry : kWater)
         properties().setNumber(entry.id, static_cast<double>(entry.value));
 }

@@ -1,6 +1,8 @@
 // Fluid.h: the medium of a circuit.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string>
 
 #include "Entity.h"
@@ -29,6 +31,9 @@ public:
     void SetMeta(const char* meta) override;
 
 private:
+    static constexpr std::size_t kInitialProperties = 8;
+
+    std::array<double, kInitialProperties> m_room;  // of the properties
     std::string m_uiName;
 };
 

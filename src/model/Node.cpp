@@ -10,8 +10,6 @@ namespace Velcor::Tavell
 namespace
 {
 
-constexpr std::size_t kInitialProperties = 7;
-
 /// Property that takes the value of a constraint; TAVELL_NO_PROPERTY for an unknown constraint.
 int valuePropertyOf(int constraint)
 {
@@ -35,14 +33,14 @@ int valuePropertyOf(int constraint)
 
 Node::Node(Circuit& circuit, std::uint32_t id) : m_circuit(circuit)
 {
-    properties().reserve(kInitialProperties);
+    properties().useRoom(m_room);
     properties().setNumber(TAVELL_NODE_ID, id);
-    properties().setNumber(TAVELL_NODE_CONSTRAINT, TAVELL_CONSTRAINT_PRESSURE);
-    properties().setNumber(TAVELL_NODE_PRESSURE, 1.0);
-    properties().setNumber(TAVELL_NODE_MODE, TAVELL_NODE_INTERNAL);
     properties().setNumber(TAVELL_NODE_X, 0.0);
     properties().setNumber(TAVELL_NODE_Y, 0.0);
     properties().setNumber(TAVELL_NODE_Z, 0.0);
+    properties().setNumber(TAVELL_NODE_MODE, TAVELL_NODE_INTERNAL);
+    properties().setNumber(TAVELL_NODE_PRESSURE, 1.0);
+    properties().setNumber(TAVELL_NODE_CONSTRAINT, TAVELL_CONSTRAINT_PRESSURE);
 }
 
 int Node::GetId()

@@ -1,10 +1,13 @@
 // Node.h: a junction or an end of the network.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "CircuitIndex.h"
 #include "Entity.h"
+#include "ObjectPool.h"
 #include "Observer.h"
 #include "property_ids.h"
 #include "tavell/INode.h"
@@ -22,7 +25,11 @@ struct Location {
 };
 
 /// Made by its circuit, which observes it. Every typed value is one of its properties.
-class Node final : public INode, public Entity, public Patterns::Observer::Subject, public IdentifierListener
+class Node final : public INode,
+                   public Entity,
+                   public Patterns::Observer::Subject,
+                   public IdentifierListener,
+                   public Pooled<Node>
 {
 public:
     /// An inner node at the origin with a pressure constraint of 1 Pa. The circuit must outlive it.
@@ -47,6 +54,8 @@ public:
     int constraint() const { return wholeNumber(TAVELL_NODE_CONSTRAINT); }
     Location location() const;
 
+    Circuit& circuit() const { return m_circuit; }
+
     /// Rank in order of creation, given by OrderedObjects.
     std::uint64_t sequence() const { return m_sequence; }
     void setSequence(std::uint64_t sequence) { m_sequence = sequence; }
@@ -57,6 +66,9 @@ public:
     void identifiersChanged() override;
 
 private:
+    static constexpr std::size_t kInitialProperties = 7;
+
+    std::array<double, kInitialProperties> m_room;  // of the properties
     Circuit& m_circuit;
     std::uint64_t m_sequence = 0;
     NodeFiling m_filing;

@@ -1,6 +1,8 @@
 // Observer.h: subjects that tell observers about their changes.
 #pragma once
 
+#include <cstddef>
+#include <memory>
 #include <vector>
 
 namespace Velcor::Patterns::Observer
@@ -38,7 +40,13 @@ public:
     virtual void Notify(int what);
 
 private:
-    std::vector<Observer*> m_observers;
+    std::size_t count() const;
+    Observer* at(std::size_t position) const;
+    std::size_t positionOf(const Observer* observer) const;
+
+    // Nearly every subject has one observer, and there are millions: the list is made for the second.
+    Observer* m_first = nullptr;                        // the oldest; null when there is none
+    std::unique_ptr<std::vector<Observer*>> m_further;  // those after it
 };
 
 }  // namespace Velcor::Patterns::Observer

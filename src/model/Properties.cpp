@@ -2,9 +2,8 @@
 #include "Properties.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
-
-#include "property_ids.h"
 
 namespace Velcor::Tavell
 {
@@ -12,31 +11,56 @@ namespace Velcor::Tavell
 namespace
 {
 
-/// Properties added at a time to a full set: sets are small and there are millions of them.
-constexpr std::size_t kGrowth = 4;
+/// Numbers added at a time to a full set: sets are small and there are millions of them.
+constexpr unsigned kGrowth = 6;
+
+static_assert(propertySlot(TAVELL_FLUID_VISCOSITY_COEFFICIENT_3) == kPropertySlots - 1 &&
+                  kPropertySlots <= 64,
+              "every slot is a bit of one word");
 
 }  // namespace
 
+Properties::~Properties()
+{
+    giveRoomBack();
+}
+
 const char* Properties::GetMeta()
 {
-    return m_meta.c_str();
+    return m_rest != nullptr ? m_rest->meta.c_str() : "";
 }
 
 int Properties::GetSize()
 {
-    return static_cast<int>(m_entries.size());
+    const std::size_t others = m_rest != nullptr ? m_rest->others.size() : 0;
+    return static_cast<int>(countBits(m_present) + others);
 }
 
 int Properties::GetProp(std::size_t index)
 {
-    return index < m_entries.size() ? m_entries[index].id : TAVELL_NO_PROPERTY;
+    if (index >= static_cast<std::size_t>(GetSize())) return TAVELL_NO_PROPERTY;
+    std::uint64_t left = m_present;
+    if (m_rest == nullptr || m_rest->others.empty()) {
+        for (; index > 0; --index)
+            left &= left - 1;
+        return propertyOfSlot(slotOfLowest(left));
+    }
+    auto other = m_rest->others.begin();
+    while (true) {
+        const bool isOther =
+            left == 0 || (other != m_rest->others.end() && other->first < propertyOfSlot(slotOfLowest(left)));
+        if (index == 0) return isOther ? other->first : propertyOfSlot(slotOfLowest(left));
+        if (isOther)
+            ++other;
+        else
+            left &= left - 1;
+        --index;
+    }
 }
 
 double Properties::GetValue(std::size_t index)
 {
-    if (index >= m_entries.size()) return 0.0;
-    requireReadable(m_entries[index].readability);
-    return m_entries[index].number;
+    return index < static_cast<std::size_t>(GetSize()) ? number(GetProp(index)) : 0.0;
 }
 
 const char* Properties::GetName(std::size_t index)
@@ -46,16 +70,26 @@ const char* Properties::GetName(std::size_t index)
 
 const char* Properties::GetStringValue(std::size_t index)
 {
-    if (index >= m_entries.size()) return nullptr;
-    Entry& entry = m_entries[index];
-    if (!entry.hasText) storeText(entry, formatNumber(entry.number, kPropertyDigits));
-    return m_texts->find(entry.id)->second.c_str();
+    if (index >= static_cast<std::size_t>(GetSize())) return nullptr;
+    const int id = GetProp(index);
+    if (const Text* stored = findText(id)) return stored->text.c_str();
+    Text made;
+    made.text = formatNumber(*find(id), kPropertyDigits);
+    return rest().texts.emplace(id, std::move(made)).first->second.text.c_str();
 }
 
 int Properties::GetIndex(int id)
 {
-    const std::size_t position = positionOf(id);
-    return isEntryOf(position, id) ? static_cast<int>(position) : -1;
+    if (!has(id)) return -1;
+    std::uint64_t before = m_present;
+    int index = 0;
+    for (; before != 0 && propertyOfSlot(slotOfLowest(before)) < id; before &= before - 1)
+        ++index;
+    if (m_rest != nullptr) {
+        const auto& others = m_rest->others;
+        index += static_cast<int>(std::distance(others.begin(), others.lower_bound(id)));
+    }
+    return index;
 }
 
 bool Properties::SetStringPropertyByName(const char* name, const char* value)
@@ -66,79 +100,69 @@ bool Properties::SetStringPropertyByName(const char* name, const char* value)
     return true;
 }
 
-double Properties::number(int id) const
-{
-    const Entry* entry = find(id);
-    if (entry == nullptr) return 0.0;
-    requireReadable(entry->readability);
-    return entry->number;
-}
-
-std::optional<double> Properties::readableNumber(int id) const
-{
-    const Entry* entry = find(id);
-    if (entry == nullptr || entry->readability != Readability::kNumber) return std::nullopt;
-    return entry->number;
-}
-
 std::string Properties::text(int id) const
 {
-    const Entry* entry = find(id);
-    return entry != nullptr ? textOf(*entry) : std::string();
+    if (const Text* stored = findText(id)) return stored->text;
+    const double* value = find(id);
+    return value != nullptr ? formatNumber(*value, kPropertyDigits) : std::string();
 }
 
 bool Properties::setNumber(int id, double value)
 {
-    const std::size_t position = positionOf(id);
-    if (!isEntryOf(position, id)) {
-        Entry entry;
-        entry.number = value;
-        entry.id = id;
-        insert(position, entry);
+    double* stored = find(id);
+    if (stored == nullptr) {
+        insert(id, value);
         tellListener(id);
         return true;
     }
-    Entry& entry = m_entries[position];
-    const bool isSame = entry.form == Form::kNumber ? haveSameText(entry.number, value)
-                                                    : isText(entry, formatNumber(value, kPropertyDigits));
+    const Text* text = findText(id);
+    const bool isSame = text != nullptr && text->form == Form::kText
+                            ? text->text == formatNumber(value, kPropertyDigits)
+                            : haveSameText(*stored, value);
     if (isSame) return false;
-    dropText(entry);
-    entry.form = Form::kNumber;
-    entry.readability = Readability::kNumber;
-    entry.number = value;
+    dropText(id);
+    *stored = value;
     tellListener(id);
     return true;
 }
 
 bool Properties::setText(int id, std::string_view text)
 {
-    const std::size_t position = positionOf(id);
-    const bool isNew = !isEntryOf(position, id);
-    if (!isNew && !text.empty() && isText(m_entries[position], text)) return false;
+    double* stored = find(id);
+    if (stored != nullptr && !text.empty() && this->text(id) == text) return false;
 
     // A copy of its own: the argument may be the text that is being replaced.
-    std::string ownText(text);
-    if (isNew) {
-        Entry entry;
-        entry.id = id;
-        insert(position, entry);
+    const ParsedNumber parsed = parseNumber(text);
+    Text ownText{std::string(text), Form::kText, parsed.readability};
+    const bool hasPlace = findText(id) != nullptr;
+    Text& place = rest().texts[id];
+    if (stored != nullptr) {
+        *stored = parsed.value;
+    } else {
+        try {
+            insert(id, parsed.value);
+        } catch (...) {
+            if (!hasPlace) dropText(id);
+            throw;
+        }
     }
-    Entry& entry = m_entries[position];
-    const ParsedNumber parsed = parseNumber(ownText);
-    storeText(entry, std::move(ownText));
-    entry.form = Form::kText;
-    entry.readability = parsed.readability;
-    entry.number = parsed.value;
+    place = std::move(ownText);
     tellListener(id);
     return true;
 }
 
 bool Properties::remove(int id)
 {
-    const std::size_t position = positionOf(id);
-    if (!isEntryOf(position, id)) return false;
-    dropText(m_entries[position]);
-    m_entries.erase(m_entries.begin() + static_cast<std::ptrdiff_t>(position));
+    double* stored = find(id);
+    if (stored == nullptr) return false;
+    dropText(id);
+    const int slot = propertySlot(id);
+    if (slot < 0) {
+        m_rest->others.erase(id);
+    } else {
+        std::copy(stored + 1, m_values + countBits(m_present), stored);
+        m_present &= ~bitOf(slot);
+    }
     tellListener(id);
     return true;
 }
@@ -146,74 +170,89 @@ bool Properties::remove(int id)
 bool Properties::setMeta(const char* meta)
 {
     const std::string_view wanted = meta != nullptr ? meta : "";
-    if (m_meta == wanted) return false;
-    m_meta = wanted;
+    if (wanted == GetMeta()) return false;
+    rest().meta = wanted;
     return true;
 }
 
 void Properties::copyFrom(const Properties& other)
 {
-    std::vector<Entry> entries = other.m_entries;
-    std::unique_ptr<Texts> texts =
-        other.m_texts != nullptr ? std::make_unique<Texts>(*other.m_texts) : nullptr;
-    m_meta = other.m_meta;
-    m_entries = std::move(entries);
-    m_texts = std::move(texts);
+    std::unique_ptr<Rest> copy = other.m_rest != nullptr ? std::make_unique<Rest>(*other.m_rest) : nullptr;
+    const unsigned count = countBits(other.m_present);
+    makeRoom(count);
+    std::copy_n(other.m_values, count, m_values);
+    m_present = other.m_present;
+    m_rest = std::move(copy);
     if (m_listener != nullptr) m_listener->identifiersChanged();
 }
 
-/// Position of an id, or the one where it would go.
-std::size_t Properties::positionOf(int id) const
+const double* Properties::findOther(int id) const
 {
-    const auto place = std::lower_bound(m_entries.begin(), m_entries.end(), id,
-                                        [](const Entry& entry, int wanted) { return entry.id < wanted; });
-    return static_cast<std::size_t>(place - m_entries.begin());
+    if (m_rest == nullptr) return nullptr;
+    const auto place = m_rest->others.find(id);
+    return place != m_rest->others.end() ? &place->second : nullptr;
 }
 
-const Properties::Entry* Properties::find(int id) const
+const Properties::Text* Properties::findText(int id) const
 {
-    const std::size_t position = positionOf(id);
-    return isEntryOf(position, id) ? &m_entries[position] : nullptr;
+    if (m_rest == nullptr) return nullptr;
+    const auto place = m_rest->texts.find(id);
+    return place != m_rest->texts.end() ? &place->second : nullptr;
 }
 
-bool Properties::isEntryOf(std::size_t position, int id) const
+Readability Properties::readabilityOf(int id) const
 {
-    return position < m_entries.size() && m_entries[position].id == id;
+    const Text* text = findText(id);
+    return text != nullptr ? text->readability : Readability::kNumber;
 }
 
-void Properties::insert(std::size_t position, const Entry& entry)
+Properties::Rest& Properties::rest()
 {
-    if (m_entries.size() == m_entries.capacity())
-        m_entries.reserve(m_entries.size() + std::max(kGrowth, m_entries.size() / 2));
-    m_entries.insert(m_entries.begin() + static_cast<std::ptrdiff_t>(position), entry);
+    if (m_rest == nullptr) m_rest = std::make_unique<Rest>();
+    return *m_rest;
 }
 
-std::string Properties::textOf(const Entry& entry) const
+/// Stores the value of a property that is absent.
+void Properties::insert(int id, double value)
 {
-    return entry.hasText ? m_texts->find(entry.id)->second : formatNumber(entry.number, kPropertyDigits);
+    const int slot = propertySlot(id);
+    if (slot < 0) {
+        rest().others.emplace(id, value);
+        return;
+    }
+    const unsigned count = countBits(m_present);
+    if (count == m_capacity) makeRoom(count + kGrowth);
+    double* place = m_values + count;
+    if ((m_present >> slot) != 0) {  // mostly ids come in ascending order, and nothing has to move
+        place = m_values + rankOf(slot);
+        std::copy_backward(place, m_values + count, m_values + count + 1);
+    }
+    // There is room now; the analyzer lets the sum above wrap.
+    // NOLINTNEXTLINE(clang-analyzer-core.NullDereference)
+    *place = value;
+    m_present |= bitOf(slot);
 }
 
-bool Properties::isText(const Entry& entry, std::string_view text) const
+/// Makes room for this many numbers; the values stay.
+void Properties::makeRoom(unsigned count)
 {
-    return textOf(entry) == text;
+    if (count <= m_capacity) return;
+    auto room = std::make_unique<double[]>(count);
+    std::copy_n(m_values, countBits(m_present), room.get());
+    giveRoomBack();
+    m_values = room.release();
+    m_capacity = count;
+    m_ownsValues = true;
 }
 
-void Properties::storeText(Entry& entry, std::string text)
+void Properties::giveRoomBack()
 {
-    if (m_texts == nullptr) m_texts = std::make_unique<Texts>();
-    (*m_texts)[entry.id] = std::move(text);
-    entry.hasText = true;
+    if (m_ownsValues) delete[] m_values;
 }
 
-void Properties::dropText(Entry& entry)
+void Properties::dropText(int id)
 {
-    if (entry.hasText) m_texts->erase(entry.id);
-    entry.hasText = false;
-}
-
-void Properties::tellListener(int id)
-{
-    if (m_listener != nullptr && isIdentifier(id)) m_listener->identifiersChanged();
+    if (m_rest != nullptr) m_rest->texts.erase(id);
 }
 
 }  // namespace Velcor::Tavell

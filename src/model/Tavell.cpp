@@ -61,12 +61,12 @@ void Tavell::ValidateCircuits()
 
 ICircuit* Tavell::FindParentCircuitFromNode(INode* node)
 {
-    return m_registry.nodes.find(node);
+    return m_registry.circuitOf(node);
 }
 
 ICircuit* Tavell::FindParentCircuitFromElement(IElement* element)
 {
-    return m_registry.elements.find(element);
+    return m_registry.circuitOf(element);
 }
 
 }  // namespace Velcor::Tavell

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <limits>
 #include <stdexcept>
 #include <system_error>
 
@@ -95,16 +94,6 @@ void requireReadable(Readability readability)
 {
     if (readability == Readability::kInvalid) throw std::invalid_argument("invalid stod argument");
     if (readability == Readability::kOutOfRange) throw std::out_of_range("stod argument out of range");
-}
-
-int truncateToInt(double value)
-{
-    constexpr int kLowest = std::numeric_limits<int>::min();
-    constexpr int kHighest = std::numeric_limits<int>::max();
-    if (std::isnan(value)) return 0;
-    if (value <= kLowest) return kLowest;
-    if (value >= kHighest) return kHighest;
-    return static_cast<int>(value);
 }
 
 bool haveSameText(double a, double b)

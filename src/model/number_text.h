@@ -1,6 +1,7 @@
 // number_text.h: numbers to and from stored text, the same in every locale of the host.
 #pragma once
 
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -38,7 +39,14 @@ double readNumber(std::string_view text);
 void requireReadable(Readability readability);
 
 /// value without its fraction; the nearest int when it is beyond the range of int, 0 when it is no number.
-int truncateToInt(double value);
+inline int truncateToInt(double value)
+{
+    constexpr int kLowest = std::numeric_limits<int>::min();
+    constexpr int kHighest = std::numeric_limits<int>::max();
+    if (value > kLowest && value < kHighest) return static_cast<int>(value);
+    if (value <= kLowest) return kLowest;
+    return value >= kHighest ? kHighest : 0;
+}
 
 /// Whether both numbers have the same text: equal bits, or not-a-numbers of equal sign. 0.0 and -0.0 differ.
 bool haveSameText(double a, double b);

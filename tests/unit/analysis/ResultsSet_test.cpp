@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <memory>
 #include <vector>
 
 using Velcor::Tavell::ResultsSet;
@@ -29,10 +30,10 @@ TEST(ResultsSet, an_empty_set_has_size_0_and_null_arrays)
     EXPECT_EQ(set.GetL10NValues(2.0, 1.0), nullptr);
 }
 
-TEST(ResultsSet, an_empty_set_with_room_still_has_null_arrays)
+TEST(ResultsSet, a_set_filled_with_nothing_still_has_null_arrays)
 {
-    ResultsSet set(false);
-    set.reserve(10);
+    ResultsSet set(false, std::vector<int>(), {});
+    EXPECT_EQ(set.GetSize(), 0u);
     EXPECT_EQ(set.GetIds(), nullptr);
     EXPECT_EQ(set.GetValues(), nullptr);
     EXPECT_EQ(set.GetL10NValues(1.0, 0.0), nullptr);
@@ -56,29 +57,25 @@ TEST(ResultsSet, holds_the_ids_and_values_it_is_constructed_with)
     EXPECT_EQ(set.GetValues()[1], 101325.0);
 }
 
-TEST(ResultsSet, append_keeps_the_order_and_repeated_ids)
+TEST(ResultsSet, keeps_the_order_and_repeated_ids)
 {
-    ResultsSet set(false);
-    set.append(9, 1.5);
-    set.append(2, -2.5);
-    set.append(9, 0.0);
+    ResultsSet set(false, {9, 2, 9}, {1.5, -2.5, 0.0});
     ASSERT_EQ(set.GetSize(), 3u);
     EXPECT_EQ(std::vector<int>(set.GetIds(), set.GetIds() + 3), (std::vector<int>{9, 2, 9}));
     EXPECT_EQ(std::vector<double>(set.GetValues(), set.GetValues() + 3),
               (std::vector<double>{1.5, -2.5, 0.0}));
 }
 
-TEST(ResultsSet, appending_within_the_reserved_room_moves_nothing)
+TEST(ResultsSet, sets_of_one_kind_share_their_ids)
 {
-    ResultsSet set(false);
-    set.reserve(3);
-    set.append(1, 1.0);
-    const int* ids = set.GetIds();
-    const double* values = set.GetValues();
-    set.append(2, 2.0);
-    set.append(3, 3.0);
-    EXPECT_EQ(set.GetIds(), ids);
-    EXPECT_EQ(set.GetValues(), values);
+    const auto ids = std::make_shared<const std::vector<int>>(std::vector<int>{4, 7});
+    ResultsSet pressure(true, ids, {3.0, 101325.0});
+    ResultsSet temperature(true, ids, {293.15, 300.0});
+    EXPECT_EQ(pressure.GetIds(), temperature.GetIds());
+    ResultsSet copy = pressure;
+    pressure = ResultsSet(true);
+    EXPECT_EQ(pressure.GetIds(), nullptr);
+    EXPECT_EQ(copy.GetIds()[1], 7) << "a set keeps its ids when another one goes";
 }
 
 TEST(ResultsSet, conversion_by_1_and_0_gives_an_equal_copy)
@@ -134,14 +131,6 @@ TEST(ResultsSet, the_first_conversion_of_a_filled_set_converts_whatever_the_pair
     EXPECT_EQ(identity.GetL10NValues(1.0, 0.0)[1], 101325.0);
     ResultsSet zero = pressures();
     EXPECT_EQ(zero.GetL10NValues(0.0, 0.0)[1], 0.0);
-}
-
-TEST(ResultsSet, values_appended_after_a_conversion_are_converted_too)
-{
-    ResultsSet set = pressures();
-    set.GetL10NValues(2.0, 1.0);
-    set.append(8, 10.0);
-    EXPECT_EQ(set.GetL10NValues(2.0, 1.0)[2], 21.0);
 }
 
 TEST(ResultsSet, a_scale_that_is_not_a_number_converts_to_values_that_are_none)

@@ -45,10 +45,8 @@ std::map<int, ResultsSet> twoRowsPerTable()
     std::map<int, ResultsSet> results;
     for (int key = 0; key <= 8; ++key) {
         const bool nodal = key >= 6;
-        ResultsSet set(nodal);
-        set.append(nodal ? 1000 : 10, key + 0.25);
-        set.append(nodal ? 2 : 20, -(key + 0.5));
-        results.emplace(key, set);
+        results.emplace(key,
+                        ResultsSet(nodal, {nodal ? 1000 : 10, nodal ? 2 : 20}, {key + 0.25, -(key + 0.5)}));
     }
     return results;
 }

@@ -135,6 +135,21 @@ TEST(Array, resizing_and_assigning_put_the_offset_back_to_zero)
     EXPECT_EQ(view[0], 9);
 }
 
+TEST(Array, moving_a_handle_to_another_leaves_both_usable)
+{
+    lcn::array<int> from, to;
+    from.resize(3);
+    from[2] = 7;
+    to = from.shiftedBy(1);
+    EXPECT_EQ(to[1], 7);
+    EXPECT_EQ(to.offset(), 1);
+    to = std::move(from);
+    EXPECT_EQ(to[2], 7);
+    EXPECT_EQ(to.offset(), 0);
+    from.resize(1);  // NOLINT(bugprone-use-after-move): it has the storage that the other one had
+    EXPECT_EQ(to.size(), 1) << "the view that it was given is of the same storage";
+}
+
 TEST(Array, arrays_of_arrays_and_of_records_destroy_what_they_hold)
 {
     lcn::array<lcn::array<double>> outer;

@@ -389,6 +389,7 @@ TEST(FlowBetweenFixedPressures, it_meets_the_elements_law)
     network.add(lcn::kPipe, 1, 2);
     network.elem(1).rough = 1e-4;
     network.elem(1).Massflow = 0.1;
+    network.connect();
     network.fixPressure(1, 150000.0);
     network.fixPressure(2, 100000.0);
     lcn::setFlowsBetweenFixedPressures(network.nodes, network.elements, network.var);
@@ -407,6 +408,7 @@ TEST(FlowBetweenFixedPressures, it_is_zero_between_equal_pressures_and_negative_
     network.add(lcn::kKvValve, 1, 2);
     network.elem(1).HWcoeff = 4e6;
     network.elem(1).Massflow = 9.0;
+    network.connect();
     network.fixPressure(1, 1e5);
     network.fixPressure(2, 1e5);
     lcn::setFlowsBetweenFixedPressures(network.nodes, network.elements, network.var);
@@ -421,6 +423,7 @@ TEST(FlowBetweenFixedPressures, fixed_flows_and_elements_at_free_nodes_are_left_
     SolverNetwork network(3);
     network.add(lcn::kKvValve, 1, 2);
     network.add(lcn::kKvValve, 2, 3);
+    network.connect();
     network.fixPressure(1, 1e5);
     network.fixPressure(2, 2e5);
     network.fixFlow(1, 5.0);
@@ -435,6 +438,7 @@ TEST(FlowBetweenFixedPressures, an_element_without_a_law_carries_none)
     SolverNetwork network(2);
     network.add(11, 1, 2);
     network.elem(1).Massflow = 7.0;
+    network.connect();
     network.fixPressure(1, 1e5);
     network.fixPressure(2, 2e5);
     lcn::setFlowsBetweenFixedPressures(network.nodes, network.elements, network.var);
@@ -453,6 +457,7 @@ TEST(FlowBetweenFixedPressures, power_laws_pumps_and_loss_curves_settle_too)
     network.elem(3).Curve = makeCurve({0.1, 0.2, 0.3, 0.4}, {10000.0, 20000.0, 30000.0, 40000.0});
     for (int e = 1; e <= 3; ++e)
         network.elem(e).Massflow = 0.1;
+    network.connect();
     network.fixPressure(1, 150000.0);
     network.fixPressure(2, 100000.0);
     lcn::setFlowsBetweenFixedPressures(network.nodes, network.elements, network.var);

@@ -87,3 +87,27 @@ TEST(Subject, its_end_tells_no_one)
     }
     EXPECT_EQ(log, "");
 }
+
+TEST(Subject, the_second_observer_follows_when_the_first_goes)
+{
+    std::string log;
+    Logger a('a', log);
+    Logger b('b', log);
+    Logger c('c', log);
+    Subject subject;
+    subject.Attach(&a);
+    subject.Attach(&b);
+    subject.Attach(&c);
+    EXPECT_TRUE(subject.Detach(&a));
+    subject.Notify(0);
+    EXPECT_EQ(log, "bc");
+    EXPECT_TRUE(subject.Attach(&a));
+    subject.Notify(0);
+    EXPECT_EQ(log, "bcbca");
+    EXPECT_TRUE(subject.Detach(&b));
+    EXPECT_TRUE(subject.Detach(&c));
+    EXPECT_TRUE(subject.Detach(&a));
+    EXPECT_FALSE(subject.Detach(&a));
+    subject.Notify(0);
+    EXPECT_EQ(log, "bcbca");
+}

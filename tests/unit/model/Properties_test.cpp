@@ -3,11 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <limits>
 #include <map>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "model/property_ids.h"
 
@@ -246,17 +249,63 @@ TEST(Properties, the_listener_hears_of_identifiers_only)
     EXPECT_EQ(listener.calls, 4);
 }
 
+TEST(Properties, numbers_are_visited_in_ascending_order_of_slot)
+{
+    Properties properties;
+    properties.setNumber(2003, 3.0);
+    properties.setNumber(1000, 1.0);
+    properties.setNumber(4007, 4.0);
+    std::vector<std::pair<int, double>> visited;
+    const auto visit = [&visited](int slot, double value) {
+        visited.emplace_back(propertyOfSlot(slot), value);
+    };
+    EXPECT_TRUE(properties.visitNumbers(visit));
+    EXPECT_EQ(visited, (std::vector<std::pair<int, double>>{{1000, 1.0}, {2003, 3.0}, {4007, 4.0}}));
+}
+
+TEST(Properties, a_set_with_a_text_or_an_id_beyond_the_slots_is_not_visited)
+{
+    const auto visit = [](int, double) { ADD_FAILURE(); };
+    Properties withText;
+    withText.setText(2001, "1");
+    EXPECT_FALSE(withText.visitNumbers(visit));
+    Properties withOther;
+    withOther.setNumber(7000, 1.0);
+    EXPECT_FALSE(withOther.visitNumbers(visit));
+    Properties withMeta;
+    withMeta.setMeta("pipe 7");
+    EXPECT_TRUE(withMeta.visitNumbers(visit));
+}
+
+TEST(Properties, a_full_room_is_left_for_a_larger_one)
+{
+    std::array<double, 2> room;
+    Properties properties;
+    properties.useRoom(room);
+    for (int id = 2011; id >= 2000; --id)
+        properties.setNumber(id, id);
+    for (int id = 2000; id <= 2011; ++id)
+        EXPECT_EQ(properties.number(id), id);
+    EXPECT_TRUE(properties.remove(2000));
+    EXPECT_EQ(properties.GetValue(0), 2001.0);
+    EXPECT_EQ(properties.GetSize(), 11);
+}
+
 // The reference keeps every value as text in a map, which is what the set means to a host.
+// Ids with a slot of their own and ids without one stand side by side; the room is too small for all.
 TEST(Properties, random_changes_answer_as_a_map_of_texts_does)
 {
     const char* texts[] = {"", "0.5", "0.50", "abc", "1e999", "nan", "-0", " 3 ", "100000", "1e5"};
     const double numbers[] = {0.5, 0.0, -0.0, kNan, 1e5, 0.1, -kNan};
     std::mt19937 random(5);
     for (int round = 0; round < 200; ++round) {
+        std::array<double, 3> room;
         Properties properties;
+        if (round % 2 == 0) properties.useRoom(room);
         std::map<int, std::string> reference;
         for (int step = 0; step < 100; ++step) {
-            const int id = 1990 + static_cast<int>(random() % 30);
+            const int bases[] = {-3, 990, 1990, 2995, 3990};
+            const int id = bases[round % 3 == 0 ? random() % 5 : 2] + static_cast<int>(random() % 30);
             const bool isNew = reference.count(id) == 0;
             const bool asNumber = random() % 2 == 0;
             const double number = numbers[random() % std::size(numbers)];
@@ -273,10 +322,16 @@ TEST(Properties, random_changes_answer_as_a_map_of_texts_does)
             }
         }
         ASSERT_EQ(properties.GetSize(), static_cast<int>(reference.size()));
+        Properties copy;
+        copy.copyFrom(properties);
         std::size_t position = 0;
         for (const auto& [id, text] : reference) {
             ASSERT_EQ(properties.GetProp(position), id);
+            ASSERT_EQ(properties.GetIndex(id), static_cast<int>(position));
+            ASSERT_EQ(copy.GetProp(position), id);
+            ASSERT_EQ(copy.GetStringValue(position), text);
             ASSERT_EQ(properties.GetStringValue(position++), text);
         }
+        ASSERT_EQ(properties.GetProp(position), -1);
     }
 }

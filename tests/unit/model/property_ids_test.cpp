@@ -126,3 +126,17 @@ TEST(PropertyIds, kinds_of_objects_take_their_own_block)
         EXPECT_EQ(isIdentifier(id), id == 1001 || id == 1002 || id == 2000) << id;
     }
 }
+
+TEST(PropertyIds, every_property_has_a_slot_of_its_own_in_ascending_order)
+{
+    int before = -1;
+    for (const auto& [id, name] : kNames) {
+        const int slot = propertySlot(id);
+        EXPECT_GT(slot, before) << name;
+        EXPECT_LT(slot, kPropertySlots) << name;
+        EXPECT_EQ(propertyOfSlot(slot), id) << name;
+        before = slot;
+    }
+    for (const int id : {-1, 0, 999, 1027, 1999, 2012, 2999, 3006, 3999, 4008})
+        EXPECT_EQ(propertySlot(id), -1) << id;
+}
