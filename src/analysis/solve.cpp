@@ -44,6 +44,8 @@ bool Circuit::Solve(bool energy, bool (*cancel)())
 {
     if (detailCheckRequested() && !IsSuitableForAnalysis()) return false;
 
+    if (!fitsSolver(nodes().size(), elements().size())) return false;
+
     Network network = readModel(*this, energy);
     clearResults();
     const std::uint64_t before = revision();

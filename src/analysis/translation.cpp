@@ -391,6 +391,13 @@ void imposeBoundary(const BoundaryCondition& boundary, Network& network)
 
 }  // namespace
 
+bool fitsSolver(std::size_t nodes, std::size_t elements)
+{
+    constexpr std::size_t kMostNodes = INT_MAX - 2;
+    constexpr std::size_t kMostElements = (INT_MAX - 2) / 2;
+    return nodes <= kMostNodes && elements <= kMostElements;
+}
+
 Network readModel(Circuit& circuit, bool energy)
 {
     Network network;

@@ -1,6 +1,7 @@
 // translation.h: from the model of a circuit to the records of the solver.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "lcn/records.h"
@@ -27,6 +28,10 @@ struct Network {
     lcn::ElementArray elements;
     std::vector<BoundaryCondition> boundaries;
 };
+
+/// Whether the solver can number so many nodes and elements: it counts element ends, two for each element and
+/// one slot more, with 32 bits.
+bool fitsSolver(std::size_t nodes, std::size_t elements);
 
 /// Reads the whole model: element inputs by type, locations and heights, settings, fluid, boundary
 /// conditions. Changes nothing; throws when a stored number is not readable.

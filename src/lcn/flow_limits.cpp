@@ -101,10 +101,13 @@ std::vector<int> fixable(const NodeArray& nodes, const ElementArray& elements, c
 void FlowLimits::prepare(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
 {
     m_limited.clear();
+    m_valves.clear();
     m_lastChange = 0;
     for (int e = 1; e <= var.ElemTotal; ++e) {
         lcnNET_elems& elem = elements[e];
-        if ((elem.type != kControlValve && elem.type != kNonReturn) || hasFlowEnd(nodes, elem)) continue;
+        if (elem.type != kControlValve && elem.type != kNonReturn) continue;
+        m_valves.push_back(e);
+        if (hasFlowEnd(nodes, elem)) continue;
         elem.FlowLimited = 0;
         m_limited.push_back({e, 0});
     }
@@ -218,10 +221,10 @@ void FlowLimits::openSurplus(const NodeArray& nodes, const ElementArray& element
     ++surplus->releases;
 }
 
-void FlowLimits::finish(const ElementArray& elements, const lcnNET_var& var) const
+void FlowLimits::finish(const ElementArray& elements) const
 {
-    for (int e = 1; e <= var.ElemTotal; ++e)
-        if (elements[e].type == kControlValve || elements[e].type == kNonReturn) elements[e].FlowLimited = 1;
+    for (const int e : m_valves)
+        elements[e].FlowLimited = 1;
 }
 
 }  // namespace lcn

@@ -31,7 +31,7 @@ public:
     bool hasDecided() const { return m_limited.empty() || m_decided; }
 
     /// Marks every control valve and non-return element as limited, as reports show them.
-    void finish(const ElementArray& elements, const lcnNET_var& var) const;
+    void finish(const ElementArray& elements) const;
 
 private:
     struct Limited {
@@ -51,6 +51,7 @@ private:
     void openSurplus(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
                      int lastLink);
 
+    std::vector<int> m_valves;  // every control valve and non-return element
     std::vector<Limited> m_limited;
     bool m_decided = false;
     int m_lastChange = 0;  // iteration

@@ -318,7 +318,7 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     updateElementPressures(nodes, elements, var);
     if (var.Energy == 1) temperatures = temperatureSolver.solve(nodes, elements, var);
     groups.record(var);
-    limits.finish(elements, var);
+    limits.finish(elements);
     if (!measures.finite) measures.massError = std::numeric_limits<double>::infinity();
     if (!isFinite(nodes, elements, var)) measures.pressureError = std::numeric_limits<double>::infinity();
     converged =

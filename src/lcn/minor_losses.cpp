@@ -42,26 +42,25 @@ double relaxation(int updates, double relaxpp)
 
 void MinorLosses::start(const ElementArray& elements, lcnNET_var& var)
 {
-    if (var.Minor != kNoMinorLosses && var.warmStart() == 0) {
-        for (int e = 1; e <= var.ElemTotal; ++e) {
-            // No junction has a loss yet: the starting flows all run from start to end, whatever way the
-            // elements were drawn, and with short pipes the answer could depend on which junctions they make
-            // divide or combine.
+    const bool areKept = var.Minor != kNoMinorLosses && var.warmStart() != 0;
+    m_previousSum = 0.0;
+    for (int e = 1; e <= var.ElemTotal; ++e) {
+        // No junction has a loss yet: the starting flows all run from start to end, whatever way the elements
+        // were drawn, and with short pipes the answer could depend on which junctions they make divide or
+        // combine.
+        if (!areKept) {
             elements[e].k = 0.0;
             applyMode(elements[e], var.Minor);
         }
+        m_previousSum += elements[e].k;
     }
-    if (var.Minor == kNoMinorLosses)
-        for (int e = 1; e <= var.ElemTotal; ++e)
-            elements[e].k = 0.0;
-    m_previousSum = sumOfK(elements, var);
-    m_previous.resize(var.ElemTotal + 1);
 }
 
 bool MinorLosses::update(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var)
 {
     if (var.Minor == kNoMinorLosses) return true;
 
+    m_previous.resize(var.ElemTotal + 1);
     for (int e = 1; e <= var.ElemTotal; ++e) {
         lcnNET_elems& elem = elements[e];
         m_previous[e] = elem.k;

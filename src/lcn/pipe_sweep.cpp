@@ -52,6 +52,7 @@ void PipeSweep::prepare(const NodeArray& nodes, const ElementArray& elements, co
     m_pipes.clear();
     m_others.clear();
     m_givenTotal = 0.0;
+    m_openTotal = 0.0;
     m_isUsed = isWanted && applies(var, dt);
     if (!m_isUsed) {
         for (int e = 1; e <= var.ElemTotal; ++e)

@@ -537,3 +537,12 @@ TEST_F(Translation, a_text_that_is_no_number_is_an_error_wherever_it_stands)
     circuit.GetElement(0)->SetType(TAVELL_PUMP);
     expectThrow(circuit.GetElement(0)->GetEntity(), "__element_flow_rate", "1,2,3,4,");
 }
+
+TEST(TranslationSize, counts_that_pass_32_bits_do_not_fit_the_solver)
+{
+    EXPECT_TRUE(fitsSolver(0, 0));
+    EXPECT_TRUE(fitsSolver(1000000, 1000000));
+    EXPECT_TRUE(fitsSolver(2147483645, 1073741822));
+    EXPECT_FALSE(fitsSolver(2147483646, 1));
+    EXPECT_FALSE(fitsSolver(1, 1073741823));
+}

@@ -246,7 +246,7 @@ TEST(FlowLimits, elements_at_a_flow_end_are_not_theirs)
 TEST(FlowLimits, at_the_end_all_of_them_are_marked_for_the_reports)
 {
     const Network network(lcn::kControlValve, lcn::kNonReturn);
-    network.limits.finish(network.elements, network.var);
+    network.limits.finish(network.elements);
     EXPECT_EQ(network.elem(1).FlowLimited, 1);
     EXPECT_EQ(network.elem(2).FlowLimited, 1);
     EXPECT_EQ(network.elem(3).FlowLimited, 0);
