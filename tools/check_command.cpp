@@ -55,8 +55,8 @@ int check(const CheckArguments& arguments)
 /// The solve of an examination: findings are gathered, not said.
 tavell::Answer<tavell::Result> quietSolve(const tavell::Network& network, ProgressLine& line)
 {
-    return network.solve("", [&line](int iteration) {
-        line.show(iteration);
+    return network.solve("", [&line](int step) {
+        line.show(step);
         return isInterrupted();
     });
 }
@@ -69,11 +69,10 @@ int diagnose(const CheckArguments& arguments)
 
     ProgressLine line;
     const auto result = quietSolve(*network, line);
-    findings.append(result.findings());
-    if (result.hasValue()) findings.append(result->diagnose());
+    findings.append(result.hasValue() ? result->diagnose() : result.findings());
     if (result.status() == tavell::Status::notConverged) {
-        const auto part = network->smallestFailingPart(kMostSolves, [&line](int iteration) {
-            line.show(iteration);
+        const auto part = network->smallestFailingPart(kMostSolves, [&line](int step) {
+            line.show(step);
             return isInterrupted();
         });
         findings.append(part.findings());

@@ -165,10 +165,29 @@ tavell::Answer<tavell::Network> openExamined(const NetworkSource& source)
     return {network.status(), std::move(*network), findings};
 }
 
+namespace
+{
+
+/// What an import had to say, to someone who asked for something else: its remarks are counted only.
+void sayImport(const std::string& path, const tavell::Findings& findings)
+{
+    const std::size_t remarks = findings.countOf(tavell::Severity::remark);
+    if (findings.size() > remarks)
+        writeErrors(findingsText(findings, {tavell::Severity::error, tavell::Severity::warning}));
+    if (remarks > 0)
+        say(path + ": the import made " + std::to_string(remarks) + (remarks == 1 ? " remark" : " remarks") +
+            "; \"tavell check " + path + "\" lists " + (remarks == 1 ? "it" : "them"));
+}
+
+}  // namespace
+
 std::optional<tavell::Network> readNetwork(const NetworkSource& source)
 {
     auto network = openNetwork(source);
-    say(network.findings());
+    if (network && source.isInp())
+        sayImport(source.path, network.findings());
+    else
+        say(network.findings());
     if (!network) return std::nullopt;
     return std::move(*network);
 }
@@ -218,8 +237,8 @@ bool areUsableOutputs(const std::vector<std::optional<std::string>>& paths, cons
 tavell::Answer<tavell::Result> solve(const tavell::Network& network, const std::string& options)
 {
     ProgressLine line;
-    auto result = network.solve(options, [&line](int iteration) {
-        line.show(iteration);
+    auto result = network.solve(options, [&line](int step) {
+        line.show(step);
         return isInterrupted();
     });
     line.clear();
@@ -255,12 +274,11 @@ void say(const tavell::Findings& findings)
     writeErrors(areAllErrors ? findings.text() : findingsText(findings));
 }
 
-std::string findingsText(const tavell::Findings& findings)
+std::string findingsText(const tavell::Findings& findings, const std::vector<tavell::Severity>& severities)
 {
     const std::vector<std::string> lines = linesOf(findings.text());
     std::string text;
-    for (const auto severity :
-         {tavell::Severity::error, tavell::Severity::warning, tavell::Severity::remark}) {
+    for (const auto severity : severities) {
         for (std::size_t i = 0; i < findings.size() && i < lines.size(); ++i) {
             if (findings.severity(i) == severity) text += wordOf(severity) + lines[i] + '\n';
         }

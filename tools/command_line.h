@@ -95,8 +95,10 @@ int exitStatusOf(tavell::Status status);
 void say(const std::string& line);
 void say(const tavell::Findings& findings);
 
-/// Findings for people on standard output: "warning: FILE:LINE: ...", worst first, or as JSON.
-std::string findingsText(const tavell::Findings& findings);
+/// Findings of some severities, in their order, for people: "warning: FILE:LINE: ...".
+std::string findingsText(const tavell::Findings& findings,
+                         const std::vector<tavell::Severity>& severities = {
+                             tavell::Severity::error, tavell::Severity::warning, tavell::Severity::remark});
 
 /// Writes to standard output, or to a file when there is one; the exit status of that.
 int deliver(const std::string& text, const std::optional<std::string>& path);

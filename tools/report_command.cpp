@@ -54,7 +54,14 @@ bool areOutputsUsable(const ReportArguments& arguments)
 int writeFiles(const ReportArguments& arguments, const tavell::Result& result)
 {
     if (arguments.output) {
-        const int status = saidStatus(result.writeReport(*arguments.output, reportOptions(arguments)));
+        ProgressLine line;
+        const auto written =
+            result.writeReport(*arguments.output, reportOptions(arguments), [&line](int step) {
+                line.show(step);
+                return isInterrupted();
+            });
+        line.clear();
+        const int status = saidStatus(written);
         if (status != kConverged) return status;
     }
     for (const auto& path : {arguments.svg, arguments.png}) {

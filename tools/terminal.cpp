@@ -90,7 +90,7 @@ void writeErrors(std::string_view text)
 
 ProgressLine::ProgressLine() : m_isTerminal(isErrorTerminal()) {}
 
-void ProgressLine::show(int iteration)
+void ProgressLine::show(int step)
 {
     if (!m_isTerminal) return;
     const auto now = Clock::now();
@@ -98,7 +98,7 @@ void ProgressLine::show(int iteration)
     m_last = now;
     m_isShown = true;
     const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - m_start);
-    writeErrors("\r\033[Ksolving: iteration " + std::to_string(iteration) + ", " + durationText(elapsed) +
+    writeErrors("\r\033[Ksolving: step " + std::to_string(step) + ", " + durationText(elapsed) +
                 " (Ctrl-C stops)");
 }
 

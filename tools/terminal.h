@@ -25,7 +25,7 @@ class ProgressLine
 {
 public:
     ProgressLine();
-    void show(int iteration);
+    void show(int step);
     /// Takes the line away.
     void clear();
 

@@ -33,8 +33,9 @@ enum class Severity { error = TVK_ERROR, warning = TVK_WARNING, remark = TVK_REM
 
 constexpr std::size_t kNoPosition = TVK_NO_POSITION;
 
-/// Called once an iteration; true asks to stop. It must not throw.
-using Progress = std::function<bool(int iteration)>;
+/// Called once a step of a solve, an iteration or a round of the search for its start; true asks to stop. It must
+/// not throw.
+using Progress = std::function<bool(int step)>;
 
 /// The version of the kit that the program runs with.
 inline std::string version()
@@ -59,10 +60,10 @@ template <class Call> std::string textOf(Call&& call)
     return text == nullptr ? std::string() : std::string(text);
 }
 
-inline int callProgress(void* user, int iteration)
+inline int callProgress(void* user, int step)
 {
     const Progress& progress = *static_cast<const Progress*>(user);
-    return progress(iteration) ? 1 : 0;
+    return progress(step) ? 1 : 0;
 }
 
 inline tvkProgress functionOf(const Progress& progress)
@@ -552,6 +553,7 @@ public:
     }
 
     Status outcome() const { return static_cast<Status>(tvkResultOutcome(handle())); }
+    /// The steps of the solve, as Progress counts them.
     int iterations() const { return tvkResultIterations(handle()); }
     bool hasValues() const { return tvkResultHasValues(handle()) != 0; }
     /// The network that was solved, with its scenario.
@@ -599,10 +601,13 @@ public:
         return detail::plainAnswer(
             [&](tvkFindings* findings) { return tvkWriteResult(handle(), path.c_str(), findings); });
     }
-    Answer<void> writeReport(const std::string& path, const std::string& options = "") const
+    /// progress: of the search for the smallest part that fails, when the solve did not converge.
+    Answer<void> writeReport(const std::string& path, const std::string& options = "",
+                             const Progress& progress = {}) const
     {
         return detail::plainAnswer([&](tvkFindings* findings) {
-            return tvkWriteReport(handle(), path.c_str(), options.c_str(), findings);
+            return tvkWriteReport(handle(), path.c_str(), options.c_str(), detail::functionOf(progress),
+                                  detail::userOf(progress), findings);
         });
     }
     Answer<void> writePicture(const std::string& path, const std::string& options = "") const

@@ -63,9 +63,10 @@ typedef enum tvkSeverity { TVK_ERROR = 0, TVK_WARNING = 1, TVK_REMARK = 2 } tvkS
 /** The position of what is not there. */
 #define TVK_NO_POSITION ((size_t)-1)
 
-/** Called once an iteration, on the thread of the call; iteration counts from 1. A result other than 0 asks
- * to stop. It must not throw and not jump out. */
-typedef int (*tvkProgress)(void* user, int iteration);
+/** Called once a step of a solve, on the thread of the call; step counts from 1. A step is an iteration or, in
+ * networks of some hundred nodes and more, a round of the search for the values to start from. A result other
+ * than 0 asks to stop. It must not throw and not jump out. */
+typedef int (*tvkProgress)(void* user, int step);
 
 /** The version of the kit, such as "0.1.0". Never null. */
 TVK_API const char* tvkVersion(void);
@@ -237,7 +238,7 @@ TVK_API void tvkFreeResult(tvkResult* result);
 
 /** A tvkStatus: TVK_OK, TVK_NOT_CONVERGED or TVK_CANCELLED; TVK_BAD_INPUT for null. */
 TVK_API int tvkResultOutcome(const tvkResult* result);
-/** 0 for null. */
+/** The steps of the solve, as tvkProgress counts them; 0 for null. */
 TVK_API int tvkResultIterations(const tvkResult* result);
 /** 1 when there are values: a solve that did not converge may have none. */
 TVK_API int tvkResultHasValues(const tvkResult* result);
@@ -284,7 +285,8 @@ TVK_API tvkStatus tvkReadResult(const char* path, tvkResult** result, tvkFinding
  * network that no file could hold, without nodes or pressures for example, which is looked at further only as
  * far as its parts have a meaning. */
 TVK_API tvkStatus tvkExamine(const tvkNetwork* network, tvkFindings* findings);
-/** Examines a result, converged or not; what tvkExamine says of its network is not repeated. */
+/** Examines a result, converged or not. The findings of the solve itself come first; that it did not converge
+ * is said once, with what to mend. What tvkExamine says of the network is not repeated. */
 TVK_API tvkStatus tvkDiagnose(const tvkResult* result, tvkFindings* findings);
 /** The smallest part found of a network that does not solve which still does not solve. Solves at most
  * mostSolves times. Writes positions of elements to the array with room for capacity, their whole number to
@@ -300,9 +302,10 @@ TVK_API tvkStatus tvkVerify(const tvkResult* result, tvkFindings* findings);
 /* Reports, pictures, exports */
 
 /** One self-contained HTML page, also of a result without values. Options: "units": as for tvkResultTables.
- */
+ * For a solve that did not converge the page names the smallest part that fails, up to 5000 elements; progress
+ * (may be null) is called in that search as in a solve. TVK_CANCELLED, and no page, when it asks to stop. */
 TVK_API tvkStatus tvkWriteReport(const tvkResult* result, const char* path, const char* options,
-                                 tvkFindings* findings);
+                                 tvkProgress progress, void* user, tvkFindings* findings);
 /** A picture, by the ending of path: ".svg" or ".png". result may be null; the network is then drawn without
  * values; one of a network with other nodes or elements is refused. Options: "units"; "view": "plan", "elevation" or "isometric"; "quantity": what the network is
  * coloured by, "none", "pressure", "head", "velocity", "mass_flow", "volume_flow" or "temperature"; "width":

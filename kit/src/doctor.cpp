@@ -1,5 +1,7 @@
 #include "doctor.h"
 
+#include <optional>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
@@ -59,8 +61,44 @@ const Finding* firstToMend(const Findings& before, const Findings& ofSolve)
     return firstOf(before, isWarning);
 }
 
-std::string advice(const Finding* first, bool isSpread)
+/// A number of the finding that says how a solve ended; nothing when it has none.
+std::optional<double> measureOf(const Solution& solution, std::string_view name)
 {
+    for (const Finding& finding : solution.findings.list()) {
+        if (finding.code != Code::not_converged) continue;
+        for (const NamedNumber& number : finding.numbers) {
+            if (number.name == name) return number.value;
+        }
+    }
+    return std::nullopt;
+}
+
+/// The datum [Pa] that takes given pressures down to an ordinary level, where they stand so high that the
+/// rounding of pressures, 16 digits, can be seen in small losses: the laws are met, and the flows all but
+/// balance. Nothing where that is not the case.
+std::optional<double> datumAgainstRounding(const Network& network, const Solution& solution)
+{
+    constexpr double kAllButBalanced = 0.05;  // [-], relative mass error
+    constexpr double kHigh = 1e6;             // [Pa]
+    constexpr double kOrdinary = 1e5;         // [Pa]
+    const auto massError = measureOf(solution, "relative mass error");
+    if (!massError || !(*massError < kAllButBalanced) || measureOf(solution, "relative pressure error"))
+        return std::nullopt;
+    std::optional<double> lowest;
+    for (const Node& node : network.nodes) {
+        if (!node.boundary || !node.boundary->pressure) continue;
+        const double pressure = *node.boundary->pressure + network.settings.pressureDatum;
+        if (!lowest || pressure < *lowest) lowest = pressure;
+    }
+    if (!lowest || *lowest < kHigh) return std::nullopt;
+    return network.settings.pressureDatum - (*lowest - kOrdinary);
+}
+
+std::string advice(const Finding* first, bool isSpread, std::optional<double> datum)
+{
+    if (datum && (first == nullptr || first->severity != Severity::error))
+        return "set \"pressure_datum\" of the settings to \"" + shown(*datum, Quantity::pressure) +
+               "\": the given pressures stand so high that their rounding shows in the flows of small losses";
     if (first != nullptr)
         return "mend first: " + (first->place.object.empty() ? std::string() : first->place.object + ": ") +
                first->message;
@@ -68,6 +106,26 @@ std::string advice(const Finding* first, bool isSpread)
         return "look for a mistaken diameter or length; leave out pipes that are so short or wide that they "
                "lose nothing";
     return "look for the smallest part that fails on its own";
+}
+
+/// "the network did not solve", with what the solve says of how it ended.
+std::string failureText(const Findings& ofSolve)
+{
+    const auto saysEnd = [](const Finding& finding) { return finding.code == Code::not_converged; };
+    const Finding* end = firstOf(ofSolve, saysEnd);
+    return end == nullptr ? "the network did not solve" : "the network did not solve: " + end->message;
+}
+
+/// What the solve measured, and how much examine found.
+std::vector<NamedNumber> failureNumbers(const Solution& solution, const Findings& before)
+{
+    const auto saysEnd = [](const Finding& finding) { return finding.code == Code::not_converged; };
+    const Finding* end = firstOf(solution.findings, saysEnd);
+    std::vector<NamedNumber> numbers{{"iterations", static_cast<double>(solution.iterations), ""}};
+    if (end != nullptr) numbers = end->numbers;
+    numbers.push_back({"errors", static_cast<double>(before.countOf(Severity::error)), ""});
+    numbers.push_back({"warnings", static_cast<double>(before.countOf(Severity::warning)), ""});
+    return numbers;
 }
 
 /// What a failed solve calls for, with the ratio of the conductances where it is wide.
@@ -79,17 +137,16 @@ void addFailure(const Network& network, const Solution& solution, Findings& find
     const auto range = conductanceRange(network);
     const bool isSpread = range && range->ratio() > kWideSpread;
     const std::string complaints = complaintText(before);
-    std::string message = "the network did not solve";
+    std::string message = failureText(solution.findings);
     if (!complaints.empty())
         message +=
             (complaints.rfind("1 ", 0) == 0 ? "; there is " : "; there are ") + complaints + " about it";
     else if (first == nullptr)
         message += "; nothing is wrong with it at first sight";
     findings
-        .add(Code::solve_failed, {network.file, 0, 0, "", ""}, std::move(message), advice(first, isSpread))
-        .numbers = {{"iterations", static_cast<double>(solution.iterations), ""},
-                    {"errors", static_cast<double>(before.countOf(Severity::error)), ""},
-                    {"warnings", static_cast<double>(before.countOf(Severity::warning)), ""}};
+        .add(Code::solve_failed, {network.file, 0, 0, "", ""}, std::move(message),
+             advice(first, isSpread, datumAgainstRounding(network, solution)))
+        .numbers = failureNumbers(solution, before);
     const auto saysSpread = [](const Finding& finding) { return finding.code == Code::conductance_spread; };
     if (isSpread && firstOf(before, saysSpread) == nullptr) addConductanceSpread(network, *range, findings);
 }
@@ -139,6 +196,17 @@ Findings diagnose(const Network& network, const Solution& solution)
     if (solution.outcome == Outcome::notConverged) addFailure(network, solution, findings);
     checkResults(network, solution, findings);
     return findings;
+}
+
+Findings withoutRepeats(const Findings& ofSolve, const Findings& others)
+{
+    const auto saysFailure = [](const Finding& finding) { return finding.code == Code::solve_failed; };
+    if (firstOf(others, saysFailure) == nullptr) return ofSolve;
+    Findings rest;
+    for (const Finding& finding : ofSolve.list()) {
+        if (finding.code != Code::not_converged) rest.add(finding);
+    }
+    return rest;
 }
 
 Finding findingOf(const Network& network, const FailingPart& part)

@@ -22,8 +22,11 @@ Findings examine(const Network& network);
 Findings examineFlawed(const Network& network, const Findings& errors);
 
 /// What the outcome of a solve shows, converged or not. It does not repeat what examine says of the network,
-/// nor the findings of the solution itself.
+/// nor the findings of the solution itself, but that the solve failed: withoutRepeats leaves that out of them.
 Findings diagnose(const Network& network, const Solution& solution);
+
+/// The findings of a solve without what others say as well.
+Findings withoutRepeats(const Findings& ofSolve, const Findings& others);
 
 /// A small part of a network that fails on its own as the whole does.
 struct FailingPart {
@@ -33,7 +36,7 @@ struct FailingPart {
 };
 
 /// The smallest part that was found to fail, by taking away connected parts, then ever smaller shares of the
-/// elements. At most mostSolves solves of at most a few hundred iterations each. Nothing when the whole
+/// elements. At most mostSolves solves of at most a few hundred steps each. Nothing when the whole
 /// network solves, or when the progress asks to stop before anything is known.
 std::optional<FailingPart> smallestFailingPart(const Network& network, int mostSolves,
                                                const Progress& progress = {});

@@ -23,7 +23,7 @@ using namespace doctor;
 
 using Positions = std::vector<std::size_t>;
 
-constexpr int kMostIterations = 400;         // of one solve; an ordinary one takes about 30
+constexpr int kMostSteps = 400;              // of one solve; an ordinary one takes about 30
 constexpr double kHelperPressure = 1e5;      // [Pa], of the part that completes a network
 constexpr double kHelperDrop = 100.0;        // [Pa]
 constexpr double kHelperDiameter = 0.01;     // [m]
@@ -180,13 +180,13 @@ struct Watch {
     bool tookTooLong = false;
 };
 
-bool isStopWanted(void* user, int iteration)
+bool isStopWanted(void* user, int step)
 {
     Watch& watch = *static_cast<Watch*>(user);
     const Progress& progress = *watch.progress;
-    if (progress.isStopWanted != nullptr && progress.isStopWanted(progress.user, iteration))
+    if (progress.isStopWanted != nullptr && progress.isStopWanted(progress.user, step))
         watch.isStopped = true;
-    else if (iteration >= kMostIterations)
+    else if (step >= kMostSteps)
         watch.tookTooLong = true;
     return watch.isStopped || watch.tookTooLong;
 }
@@ -237,7 +237,7 @@ private:
         if (watch.isStopped || solution.outcome == Outcome::converged) return failure;
         failure.tookTooLong = watch.tookTooLong;
         if (watch.tookTooLong)
-            failure.why = "the solve did not end in " + std::to_string(kMostIterations) + " iterations";
+            failure.why = "the solve did not end in " + std::to_string(kMostSteps) + " steps";
         for (const Finding& finding : solution.findings.list()) {
             if (finding.severity != Severity::error) continue;
             if (failure.why.empty()) failure.why = finding.message;

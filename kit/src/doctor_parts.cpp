@@ -18,6 +18,7 @@ namespace
 
 constexpr double kBalanceTolerance = 1e-9;    // [-], of the largest given flow, as the solver has it
 constexpr std::size_t kMostShownOfAList = 5;  // names in a text; the objects of the finding have all
+constexpr std::size_t kMostPartsApart = 10;   // with a finding each; more share one
 
 /// What is given to a group of nodes from outside.
 struct Given {
@@ -287,6 +288,7 @@ private:
             if (given[i].pressures > 0 || m_openCount[groups.nodes[i].front()] == 0) continue;
             checkGroupWithoutPressure(groups.nodes[i], given[i], hasPressure);
         }
+        reportPartsWithoutPressure();
     }
 
     void checkGroupWithoutPressure(const std::vector<std::size_t>& nodes, const Given& given,
@@ -306,9 +308,35 @@ private:
                         shown(given.inflow, Quantity::massFlow) + " into it")
                 .numbers.push_back({"net_inflow", given.inflow, "kg/s"});
         } else if (hasPressure && nodes.size() > 1) {
-            addPart(nodes, {}, Code::part_has_no_pressure,
-                    part + "has no given pressure; " + boundariesText(nodes));
+            m_partsWithoutPressure.push_back(nodes);
         }
+    }
+
+    /// One finding for each of a few parts, one for all of many.
+    void reportPartsWithoutPressure()
+    {
+        const std::size_t count = m_partsWithoutPressure.size();
+        if (count <= kMostPartsApart) {
+            for (const auto& nodes : m_partsWithoutPressure)
+                addPart(nodes, {}, Code::part_has_no_pressure,
+                        "a part of " + shownCount(nodes.size(), "node") + " (" + memberText(nodes, {}) +
+                            ") has no given pressure; " + boundariesText(nodes));
+            return;
+        }
+        std::vector<std::size_t> all;
+        std::string names;
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto& nodes = m_partsWithoutPressure[i];
+            if (i < kMostPartsApart) names += (i == 0 ? "" : ", ") + nodeLabel(m_network, nodes.front());
+            all.insert(all.end(), nodes.begin(), nodes.end());
+        }
+        Finding& finding =
+            addAtNodes(m_network, all, Code::part_has_no_pressure,
+                       shownCount(count, "part") + " of the network have no given pressure, those around " +
+                           names + " and " + std::to_string(count - kMostPartsApart) + " more",
+                       m_findings);
+        finding.numbers = {{"parts", static_cast<double>(count), ""},
+                           {"nodes", static_cast<double>(all.size()), ""}};
     }
 
     /// The flow of a bridge follows from what is given beyond it, when there is no pressure on that side.
@@ -407,6 +435,7 @@ private:
     const Liquid m_liquid;
     const std::vector<std::size_t> m_openCount;
     const std::vector<std::size_t> m_anyElement;
+    std::vector<std::vector<std::size_t>> m_partsWithoutPressure;  // their nodes
 };
 
 }  // namespace

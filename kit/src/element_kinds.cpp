@@ -13,7 +13,7 @@ using Keys = std::vector<std::string>;
 // clang-format off
 const NumberKey kRoughness{"roughness", TAVELL_ELEMENT_ROUGHNESS, {Quantity::diameter, Range::notNegative, "the absolute roughness"}, Need::optional};
 const NumberKey kMinorLoss{"k", TAVELL_ELEMENT_K_SPECIFIED, {Quantity::none, Range::notNegative, "the minor loss coefficient K"}, Need::optional};
-const NumberKey kFixedFlow{"fixed_mass_flow", TAVELL_ELEMENT_FIXED_MASS_FLOW, {Quantity::massFlow, Range::notZero, "the fixed mass flow, or leave the key out"}, Need::optional};
+const NumberKey kFixedFlow{"fixed_mass_flow", TAVELL_ELEMENT_FIXED_MASS_FLOW, {Quantity::massFlow, Range::notZero, "the mass flow that the element keeps in place of its curve"}, Need::optional};
 const NumberKey kCoefficient{"coefficient", TAVELL_ELEMENT_HAZENWILLIAMS_COEFFICIENT, {Quantity::none, Range::positive, "the Hazen-Williams coefficient C"}, Need::optional};
 const NumberKey kBore{"bore_diameter", TAVELL_ELEMENT_ORIFICE_BORE_DIAMETER, {Quantity::diameter, Range::positive, "the bore diameter"}, Need::required};
 const NumberKey kCk{"ck", TAVELL_ELEMENT_GENERAL_LOSS_CK, {Quantity::none, Range::positive, "ck of dp = rho^a ck L^b / D^c Q^d"}, Need::required};

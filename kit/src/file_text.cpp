@@ -39,6 +39,33 @@ std::string systemMessage(int error)
     return std::generic_category().message(error);
 }
 
+/// What to do about a file that could not be written, by the number of the system's error.
+std::string remedyOfWriting(int error)
+{
+    switch (error) {
+    case EACCES:
+    case EPERM:
+        return "get the right to write there, or give another name";
+    case EROFS:
+        return "name a folder that can be written to";
+    case ENOENT:
+    case ENOTDIR:
+        return "create the folder, or correct its name";
+    case ENOSPC:
+        return "make room, or name a folder on another disk";
+    case EFBIG:
+        return "raise the limit of the size of files, or write less";
+    case EPIPE:
+        return "let the program that reads the text read it to its end";
+    case ELOOP:
+        return "correct the links, which lead in a circle";
+    case ENAMETOOLONG:
+        return "give a shorter name";
+    default:
+        return std::string(rowOf(Code::cannot_write_file).remedy);
+    }
+}
+
 Place inFile(const std::string& path)
 {
     Place place;
@@ -362,12 +389,13 @@ bool writeFile(const std::string& path, std::string_view text, Findings& finding
         return false;
     }
     if (fs::is_block_file(path, error)) {
-        findings.add(Code::cannot_write_file, inFile(path), "cannot be written: is a disk");
+        findings.add(Code::cannot_write_file, inFile(path), "cannot be written: is a disk", "name a file");
         return false;
     }
     const int failure = writeTarget(path, text);
     if (failure == 0) return true;
-    findings.add(Code::cannot_write_file, inFile(path), "cannot be written: " + systemMessage(failure));
+    findings.add(Code::cannot_write_file, inFile(path), "cannot be written: " + systemMessage(failure),
+                 remedyOfWriting(failure));
     return false;
 }
 

@@ -111,6 +111,25 @@ private:
 namespace kit
 {
 
+/// A C progress function as that of the kit.
+struct ProgressBridge {
+    tvkProgress function;
+    void* user;
+    bool isStopped = false;  // by the function
+
+    Progress progress()
+    {
+        if (function == nullptr) return {};
+        return {[](void* self, int step) {
+                    auto& bridge = *static_cast<ProgressBridge*>(self);
+                    const bool isWanted = bridge.function(bridge.user, step) != 0;
+                    bridge.isStopped = bridge.isStopped || isWanted;
+                    return isWanted;
+                },
+                this};
+    }
+};
+
 /// Ends a call with a finding of the code bad_option.
 struct Refusal {
     Place place;

@@ -32,6 +32,10 @@ constexpr double kSmallestScale = 0.1;     // [-]
 constexpr double kLargestScale = 10.0;     // [-]
 constexpr double kUsualScale = 2.0;        // [-], sharp on screens and in print
 
+// The search for the smallest part that fails, for a report.
+constexpr std::size_t kMostSearched = 5000;  // elements
+constexpr int kMostSolves = 60;
+
 const std::vector<std::string> kViews{"plan", "elevation", "isometric"};
 
 std::optional<View> viewOf(Options& options)
@@ -94,6 +98,40 @@ void requireSameNames(const std::vector<Object>& solved, const std::vector<Objec
     }
 }
 
+/// Says so when a picture was to be coloured by a quantity that there are no values of.
+void warnOfNoColours(const Solution* solution, const PictureOptions& options, const char* path,
+                     Findings& findings)
+{
+    const PictureQuantity quantity = options.quantity.value_or(PictureQuantity::none);
+    if (quantity == PictureQuantity::none) return;
+    if (solution != nullptr && !pictureValues(*solution, quantity, options.units).empty()) return;
+    Place place;
+    place.file = path;
+    if (solution == nullptr || !solution->hasResults())
+        findings.add(Code::picture_without_values, place,
+                     "there are no results, so the picture is not coloured",
+                     "give a result of a solve that converged");
+    else if (quantity == PictureQuantity::temperature)
+        findings.add(Code::picture_without_values, place,
+                     "the result has no temperatures, so the picture is not coloured",
+                     "switch \"temperatures\" on in the settings");
+    else
+        findings.add(Code::picture_without_values, place,
+                     "the result has no " + std::string(columnOf(quantity).name) +
+                         ", so the picture is not coloured");
+}
+
+/// Adds the smallest part of a network that fails; false when the caller stopped the search. The largest
+/// networks are not searched: each of the solves takes too long.
+bool addFailingPart(const Network& network, ProgressBridge& bridge, Findings& findings)
+{
+    if (network.elements.size() > kMostSearched) return true;
+    const auto part = smallestFailingPart(network, kMostSolves, bridge.progress());
+    if (bridge.isStopped) return false;
+    if (part) findings.add(findingOf(network, *part));
+    return true;
+}
+
 /// The solution to be drawn or exported with a network; null when there is none. Refuses that of a network with
 /// other nodes or elements; their values may be those of another scenario.
 const Solution* solutionFor(const Network& network, const tvkResult* result)
@@ -115,8 +153,8 @@ const Solution* solutionFor(const Network& network, const tvkResult* result)
 
 }  // namespace kit
 
-tvkStatus tvkWriteReport(const tvkResult* result, const char* path, const char* options,
-                         tvkFindings* findings)
+tvkStatus tvkWriteReport(const tvkResult* result, const char* path, const char* options, tvkProgress progress,
+                         void* user, tvkFindings* findings)
 {
     return guarded(findings, [&](kit::Findings& list) {
         const tvkResult& source = required(result, "result");
@@ -131,6 +169,13 @@ tvkStatus tvkWriteReport(const tvkResult* result, const char* path, const char* 
         }
         kit::Findings doctor = kit::examine(*source.network);  // the page adds those of the solve
         doctor.append(kit::diagnose(*source.network, *source.solution));
+        kit::ProgressBridge bridge{progress, user};
+        if (source.solution->outcome == kit::Outcome::notConverged &&
+            !kit::addFailingPart(*source.network, bridge, doctor)) {
+            list.add(kit::Code::solve_cancelled, {},
+                     "the search for the smallest part that fails was stopped; no report was written");
+            return TVK_CANCELLED;
+        }
         const std::string page =
             kit::reportPage(*source.network, *source.solution, source.certificate(), doctor, report);
         return kit::writeFile(&required(path, "path"), page, list) ? TVK_OK : TVK_BAD_INPUT;
@@ -154,13 +199,16 @@ tvkStatus tvkWritePicture(const tvkNetwork* network, const tvkResult* result, co
         const double scale =
             given.number("scale", kit::kSmallestScale, kit::kLargestScale).value_or(kit::kUsualScale);
         given.close();
-        std::string text = kit::svgPicture(drawn, kit::solutionFor(drawn, result), picture);
+        const kit::Solution* solution = kit::solutionFor(drawn, result);
+        std::string text = kit::svgPicture(drawn, solution, picture);
         if (ending == ".png") {
             std::string png;
             if (!kit::writePng(text, scale, png, list)) return TVK_BAD_INPUT;
             text = std::move(png);
         }
-        return kit::writeFile(path, text, list) ? TVK_OK : TVK_BAD_INPUT;
+        if (!kit::writeFile(path, text, list)) return TVK_BAD_INPUT;
+        kit::warnOfNoColours(solution, picture, path, list);
+        return TVK_OK;
     });
 }
 

@@ -81,22 +81,6 @@ tvkStatus statusOf(Outcome outcome)
     return TVK_NOT_CONVERGED;
 }
 
-/// A C progress function as that of the kit.
-struct ProgressBridge {
-    tvkProgress function;
-    void* user;
-
-    Progress progress()
-    {
-        if (function == nullptr) return {};
-        return {[](void* self, int iteration) {
-                    const auto& bridge = *static_cast<const ProgressBridge*>(self);
-                    return bridge.function(bridge.user, iteration) != 0;
-                },
-                this};
-    }
-};
-
 struct SolveOptions {
     std::optional<std::string> scenario;
     std::optional<bool> temperatures;
@@ -416,7 +400,9 @@ tvkStatus tvkDiagnose(const tvkResult* result, tvkFindings* findings)
 {
     return guarded(findings, [&](kit::Findings& list) {
         const tvkResult& source = required(result, "result");
-        list.append(kit::diagnose(*source.network, *source.solution));
+        const kit::Findings found = kit::diagnose(*source.network, *source.solution);
+        list.append(kit::withoutRepeats(source.solution->findings, found));
+        list.append(found);
         return TVK_OK;
     });
 }

@@ -183,6 +183,7 @@ private:
             m_network.nodes.back().line = lineOfItem(m_lines, "nodes", i);
             enterName(m_network.nodes.back().name, i, "node", pointer, m_nodePositions);
         }
+        m_parts.reportMissingPlaces(m_document.pointerOf("nodes"), values->size());
     }
 
     void readElements()

@@ -248,7 +248,8 @@ Node PartReader::readNode(const json& value, const std::string& pointer)
     const ObjectReader reader(value, pointer, objectOf("node", value), keysOf(ObjectType::node), m_reading);
     node.name = reader.text("name", Need::required, "a name, used in the results").value_or("");
     node.description = reader.text("description", Need::optional, "a description").value_or("");
-    const json* place = reader.member("at", Need::required, "the coordinates [x, y, z]");
+    const json* place = reader.member("at", Need::optional, "");
+    if (place == nullptr && reader.isObject()) m_nodesWithoutPlace.emplace_back(pointer, reader.object());
     const auto at = place == nullptr
                         ? std::nullopt
                         : readVector(*place, kCoordinate, reader.pointerOf("at"), reader.object());
@@ -263,6 +264,34 @@ Node PartReader::readNode(const json& value, const std::string& pointer)
     if (inlet != nullptr) node.boundary = readBoundary(*inlet, reader, "inlet");
     if (outlet != nullptr) node.boundary = readBoundary(*outlet, reader, "outlet");
     return node;
+}
+
+void PartReader::reportMissingPlaces(const std::string& listPointer, std::size_t nodeCount)
+{
+    constexpr std::size_t kMostApart = 10;
+    const std::size_t count = m_nodesWithoutPlace.size();
+    const bool areAll = count == nodeCount && count > 1;
+    if (count <= kMostApart && !areAll) {
+        for (const auto& [pointer, object] : m_nodesWithoutPlace)
+            m_reading.report(Code::missing_key, pointer, object, "\"at\" is missing",
+                             "give the coordinates [x, y, z]");
+        return;
+    }
+    std::string names;
+    for (std::size_t i = 0; i < count && i < kMostApart && !areAll; ++i) {
+        const auto& [pointer, object] = m_nodesWithoutPlace[i];
+        names += (i == 0 ? ": " : ", ") + oneLine(object.empty() ? pointer : object);
+    }
+    if (count > kMostApart && !areAll) names += " and " + std::to_string(count - kMostApart) + " more";
+    Finding& finding = m_reading.report(
+        Code::missing_key, listPointer, "",
+        areAll ? "none of the " + std::to_string(count) + " nodes has an \"at\""
+               : "\"at\" is missing at " + std::to_string(count) + " of " + std::to_string(nodeCount) +
+                     " nodes" + names,
+        "give each its coordinates [x, y, z]; with \"coordinates\": \"schematic\" x and y are those of a "
+        "drawing and z is the height");
+    for (const auto& [pointer, object] : m_nodesWithoutPlace)
+        finding.objects.push_back(object.empty() ? pointer : object);
 }
 
 Boundary PartReader::readBoundary(const json& value, const ObjectReader& node, const char* key)

@@ -46,6 +46,9 @@ public:
     /// Says that there is no list of nodes, so that no end of an element is looked for.
     void setNodesMissing() { m_hasNodes = false; }
 
+    /// Reports the nodes that were read without a place: a few one by one, many at once at their list.
+    void reportMissingPlaces(const std::string& listPointer, std::size_t nodeCount);
+
     /// Whether all that was read is good enough to be checked together.
     bool isConnected() const { return m_isConnected; }
 
@@ -80,6 +83,7 @@ private:
     const Positions& m_nodes;
     const Reading& m_reading;
     bool m_isConnected = true;
+    std::vector<std::pair<std::string, std::string>> m_nodesWithoutPlace;  // pointer, object
     bool m_hasNodes = true;
 };
 

@@ -122,9 +122,9 @@ bool reachesPressure(const Network& network, const Incidence& incidence, std::si
     return false;
 }
 
-bool isBeyond(void* most, int iteration)
+bool isBeyond(void* most, int step)
 {
-    return iteration > *static_cast<const int*>(most);
+    return step > *static_cast<const int*>(most);
 }
 
 /// The rise that the network asks of a pump at a mass flow [Pa]: solved with the pump taken out and its flow

@@ -13,6 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "doctor.h"
 #include "element_inputs.h"
 #include "element_kinds.h"
 #include "picture_colours.h"
@@ -234,7 +235,7 @@ public:
 
     Json findings(const Findings& doctor) const
     {
-        Findings all = m_solution.findings;
+        Findings all = withoutRepeats(m_solution.findings, doctor);
         all.append(doctor);
         Json list = Json::array();
         for (const Finding& finding : all.list()) {

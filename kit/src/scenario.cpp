@@ -65,6 +65,7 @@ public:
                   [this](const json& patch, std::size_t position, const std::string& at) {
                       readNode(patch, position, at);
                   });
+        m_parts.reportMissingPlaces(m_scenario.pointerOf("nodes"), m_network.nodes.size());
         readNamed("elements", m_base.elements,
                   [this](const json& patch, std::size_t position, const std::string& at) {
                       readElement(patch, position, at);

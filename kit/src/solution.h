@@ -29,7 +29,7 @@ struct FluidValues {
 /// Elements that are closed have no flow; their temperature is NaN. What a quantity is not defined for is NaN too.
 struct Solution {
     Outcome outcome = Outcome::notConverged;
-    int iterations = 0;
+    int iterations = 0;  // with the rounds of the search for a start, as progress counts them
     bool hasTemperatures = false;
     FluidValues fluid;
 
@@ -53,9 +53,9 @@ struct Solution {
     bool hasResults() const { return !pressure.empty(); }
 };
 
-/// Called once an iteration; true asks to stop.
+/// Called once a step, which is an iteration or a round of the search for a start; true asks to stop.
 struct Progress {
-    bool (*isStopWanted)(void* user, int iteration) = nullptr;
+    bool (*isStopWanted)(void* user, int step) = nullptr;
     void* user = nullptr;
 };
 

@@ -28,7 +28,7 @@ constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 /// The solve that runs on this thread: the library's callback takes no argument.
 struct RunningSolve {
     const Progress* progress = nullptr;
-    int iteration = 0;
+    int step = 0;
     bool isStopped = false;
 };
 
@@ -47,16 +47,16 @@ private:
     RunningSolve* m_outer;
 };
 
-/// Called by the library once an iteration. Nothing is thrown through it: what a progress function throws
+/// Called by the library once an iteration and once a round of its search for a start. Nothing is thrown through it: what a progress function throws
 /// stops the solve.
 bool isStopWanted() noexcept
 {
     RunningSolve& solve = *runningSolve;
-    ++solve.iteration;
+    ++solve.step;
     try {
         const Progress& progress = *solve.progress;
         if (progress.isStopWanted != nullptr)
-            solve.isStopped = solve.isStopped || progress.isStopWanted(progress.user, solve.iteration);
+            solve.isStopped = solve.isStopped || progress.isStopWanted(progress.user, solve.step);
     } catch (...) {
         solve.isStopped = true;
     }
@@ -266,17 +266,16 @@ void addVerdict(const Network& network, const RunningSolve& solve, const UnmetMe
 {
     Place place;
     place.file = network.file;
-    const std::string iterations =
-        std::to_string(solve.iteration) + (solve.iteration == 1 ? " iteration" : " iterations");
+    const std::string steps = std::to_string(solve.step) + (solve.step == 1 ? " step" : " steps");
     if (solve.isStopped) solution.outcome = Outcome::cancelled;
     Finding& finding =
-        solve.isStopped ? solution.findings.add(Code::solve_cancelled, place,
-                                                "the solve was cancelled after " + iterations)
-                        : solution.findings.add(Code::not_converged, place,
-                                                "the solve ended after " + iterations +
-                                                    (unmet.isAtLimit ? ", the most that it may take," : "") +
-                                                    " without meeting its criterion" + unmetText(unmet));
-    finding.numbers.push_back({"iterations", static_cast<double>(solve.iteration), ""});
+        solve.isStopped
+            ? solution.findings.add(Code::solve_cancelled, place, "the solve was cancelled after " + steps)
+            : solution.findings.add(Code::not_converged, place,
+                                    "the solve ended after " + steps +
+                                        (unmet.isAtLimit ? ", at the limit of its iterations," : "") +
+                                        " without meeting its criterion" + unmetText(unmet));
+    finding.numbers.push_back({"iterations", static_cast<double>(solve.step), ""});
     if (unmet.mass) finding.numbers.push_back({"relative mass error", *unmet.mass, ""});
     if (unmet.pressure) finding.numbers.push_back({"relative pressure error", *unmet.pressure, ""});
 }
@@ -299,7 +298,7 @@ Solution solveNetwork(const Network& network, const Progress& progress)
         const RunningSolveScope scope(solve);
         hasConverged = built->circuit->Solve(network.settings.solvesTemperatures, &isStopWanted);
     }
-    solution.iterations = solve.iteration;
+    solution.iterations = solve.step;
     const UnmetMeasures unmet = addFeedback(network, *built, hasConverged, solution.findings);
     if (!hasConverged) {
         addVerdict(network, solve, unmet, solution);

@@ -97,17 +97,21 @@ std::optional<double> turbulentFriction(int method, double Re, double relRough)
     }
 }
 
+double transitionFriction(double Re, double Cl, double fTurbulent)
+{
+    const double fLaminar = Cl / kReLaminarEnd;
+    return fLaminar + (fTurbulent - fLaminar) * (Re - kReLaminarEnd) / (kReTurbulentStart - kReLaminarEnd);
+}
+
 double frictionLaw(int method, double Re, double relRough, double Cl)
 {
     if (Re <= kTiny) return kFrictionAtRest;
     if (Re <= kReLaminarEnd) return std::min(Cl / Re, kFrictionAtRest);
     if (Re >= kReTurbulentStart) return turbulentFriction(method, Re, relRough).value_or(kFrictionAtRest);
 
-    // Transition: a straight line in Re between the laminar and the turbulent end.
     // kept: a correlation without a root counts as 0 here and as 64 above 5000; solved flows rest on it.
-    const double fLaminar = Cl / kReLaminarEnd;
     const double fTurbulent = turbulentFriction(method, kReTurbulentStart, relRough).value_or(0.0);
-    return fLaminar + (fTurbulent - fLaminar) * (Re - kReLaminarEnd) / (kReTurbulentStart - kReLaminarEnd);
+    return transitionFriction(Re, Cl, fTurbulent);
 }
 
 double frictionWeight(const lcnNET_var& var)

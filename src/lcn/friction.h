@@ -37,6 +37,10 @@ double evangelides(double Re, double relRough);
 /// Evangelides et al., any other method Swamee-Jain.
 std::optional<double> turbulentFriction(int method, double Re, double relRough);
 
+/// Friction factor [-] between Re 2300 and 5000: a straight line in Re from the laminar one there to fTurbulent,
+/// the turbulent one at 5000.
+double transitionFriction(double Re, double Cl, double fTurbulent);
+
 /// Darcy friction factor [-] for any flow. Cl [-] is the laminar constant, f = Cl/Re (64 for a round pipe,
 /// Hagen 1839, Poiseuille 1840). Laminar up to Re 2300, turbulent from 5000, a straight line in Re between.
 double frictionLaw(int method, double Re, double relRough, double Cl);

@@ -108,10 +108,11 @@ void frictionLawBlock(int method, const double* Re, const double* relRough, cons
     const bool isSwameeJain = method < 2 || method > 6;
     for (int i = 0; i < count; ++i) {
         // false for numbers that are none: the law for one element lets them show
-        const bool isInRange =
-            Re[i] >= kReTurbulentStart && Re[i] < kLargest && relRough[i] >= 0.0 && relRough[i] < kLargest;
-        if (isInRange && isSwameeJain) continue;
-        f[i] = frictionLaw(method, Re[i], relRough[i], Cl[i]);
+        const bool isOfBlock = isSwameeJain && Re[i] > kReLaminarEnd && Re[i] < kLargest &&
+                               relRough[i] >= 0.0 && relRough[i] < kLargest;
+        if (isOfBlock && Re[i] >= kReTurbulentStart) continue;
+        f[i] = isOfBlock ? transitionFriction(Re[i], Cl[i], f[i])
+                         : frictionLaw(method, Re[i], relRough[i], Cl[i]);
         if (Re[i] <= kReLaminarEnd) {
             slope[i] = f[i] < kFrictionAtRest ? -1.0 : 0.0;
         } else if (Re[i] < kReTurbulentStart) {

@@ -242,6 +242,24 @@ TEST(Import, writes_a_network_file_and_a_list_of_losses)
     EXPECT_EQ(2, runCommand({"import", kTwoLoops}).status);
 }
 
+TEST(Import, remarks_are_counted_where_something_else_was_asked_for)
+{
+    const std::string village = TAVELL_EXAMPLES "/networks/village.inp";
+    EXPECT_EQ(village + ": the import made 1 remark; \"tavell check " + village + "\" lists it\n",
+              runCommand({"solve", village}).errors);
+    EXPECT_TRUE(isIn("[pipe-law-translated]", runCommand({"check", village}).output));
+}
+
+TEST(Report, a_colour_without_values_is_said)
+{
+    const TemporaryDirectory directory;
+    const std::string svg = (directory.path() / "a.svg").string();
+    const Outcome outcome = runCommand({"report", kTwoLoops, "--svg", svg, "--colour", "temperature"});
+    EXPECT_EQ(0, outcome.status);
+    EXPECT_TRUE(isIn("warning: " + svg + ": the result has no temperatures", outcome.errors))
+        << outcome.errors;
+}
+
 TEST(Report, draws_pictures_by_themselves)
 {
     const TemporaryDirectory directory;

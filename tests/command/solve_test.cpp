@@ -457,7 +457,7 @@ TEST(Csv, a_file_that_cannot_be_written_is_bad_input)
     const std::string csv = (csvRun.directory.path() / "missing" / "results.csv").string();
     const Outcome outcome = runCommand({"solve", csvRun.network, "--csv", csv});
     EXPECT_EQ(2, outcome.status);
-    EXPECT_EQ(csv + ": cannot be written: No such file or directory; make room, or name another folder "
+    EXPECT_EQ(csv + ": cannot be written: No such file or directory; create the folder, or correct its name "
                     "[cannot-write-file]\n",
               outcome.errors);
 }

@@ -127,7 +127,7 @@ static void refusesNulls(void)
     CHECK(tvkExamine(NULL, findings) == TVK_BAD_INPUT);
     CHECK(tvkDiagnose(NULL, findings) == TVK_BAD_INPUT);
     CHECK(tvkVerify(NULL, findings) == TVK_BAD_INPUT);
-    CHECK(tvkWriteReport(NULL, "a.html", NULL, findings) == TVK_BAD_INPUT);
+    CHECK(tvkWriteReport(NULL, "a.html", NULL, NULL, NULL, findings) == TVK_BAD_INPUT);
     CHECK(tvkWriteExport(NULL, NULL, "a.vtu", findings) == TVK_BAD_INPUT);
     CHECK(tvkNetworkText(NULL, &text, findings) == TVK_BAD_INPUT);
     CHECK(tvkFindNodes(NULL, 0, NULL, NULL, findings) == TVK_BAD_INPUT);

@@ -12,7 +12,7 @@ export function heading(model) {
     const isConverged = data.outcome === 'converged';
     document.getElementById('badges').append(
         h('span', {class: `badge ${isConverged ? 'good' : 'error'}`},
-            isConverged ? `Converged in ${counted(data.iterations, 'iteration')}` : data.outcome[0].toUpperCase() + data.outcome.slice(1)),
+            isConverged ? `Converged in ${counted(data.iterations, 'step')}` : data.outcome[0].toUpperCase() + data.outcome.slice(1)),
         data.certificate ? h('span', {class: `badge ${data.certificate.isGood ? 'good' : 'error'}`},
             data.certificate.isGood ? 'Certificate holds' : 'Certificate does not hold') : '');
     document.getElementById('footer').append(

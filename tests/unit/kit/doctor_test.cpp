@@ -253,6 +253,31 @@ TEST(Doctor, a_pump_of_fixed_flow_hands_no_pressure_on)
                {"node tee", "node tap 1", "node tap 2", "node pump outlet"});
 }
 
+TEST(Doctor, many_parts_without_a_pressure_are_one_finding)
+{
+    constexpr std::size_t kParts = 12;
+    Network network = healthy();
+    for (std::size_t i = 0; i < kParts; ++i) {
+        const std::size_t first = network.nodes.size();
+        const double place = static_cast<double>(i);
+        addNode(network, "a" + std::to_string(i), place, 10.0);
+        addNode(network, "b" + std::to_string(i), place, 20.0);
+        addPipe(network, "apart " + std::to_string(i), first, first + 1);
+    }
+    const Findings findings = kit::examine(network);
+    std::size_t count = 0;
+    for (const Finding& finding : findings.list()) {
+        if (finding.code != Code::part_has_no_pressure) continue;
+        ++count;
+        EXPECT_EQ(finding.objects.size(), 2 * kParts);
+        EXPECT_EQ(finding.message,
+                  "12 parts of the network have no given pressure, those around node a0, node a1, "
+                  "node a2, node a3, node a4, node a5, node a6, node a7, node a8, node a9 and 2 "
+                  "more");
+    }
+    EXPECT_EQ(count, 1U) << findings.text();
+}
+
 TEST(Doctor, pressure_and_flow_at_the_only_supply_leave_the_rest_without_a_pressure)
 {
     Network network = healthy();
@@ -822,6 +847,11 @@ TEST(Doctor, a_failed_solve_says_what_to_mend_first)
     ASSERT_TRUE(hasCode(findings, Code::solve_failed)) << findings.text();
     EXPECT_FALSE(hasCode(findings, Code::conductance_spread)) << findings.text();
     EXPECT_NE(findings.list().front().message.find("there is 1 error about it"), std::string::npos);
+    // The measures of the solve are in this one, so that its own finding would say less.
+    ASSERT_TRUE(hasCode(solution.findings, Code::not_converged));
+    EXPECT_NE(findings.list().front().message.find("the solve ended after"), std::string::npos);
+    EXPECT_FALSE(hasCode(kit::withoutRepeats(solution.findings, findings), Code::not_converged));
+    EXPECT_TRUE(hasCode(kit::withoutRepeats(solution.findings, {}), Code::not_converged));
     EXPECT_EQ(findings.list().front().remedy, "mend first: element branch 1: the only way for 0.5 kg/s leads "
                                               "through it from node tee to node tap 1, "
                                               "which it blocks");
@@ -839,6 +869,23 @@ TEST(Doctor, a_failed_solve_of_a_sound_network_passes_on_what_the_solve_named)
     ASSERT_TRUE(hasCode(findings, Code::solve_failed)) << findings.text();
     EXPECT_EQ(findings.list().front().message, "the network did not solve");
     EXPECT_EQ(findings.list().front().remedy.rfind("mend first: ", 0), 0U) << findings.text();
+}
+
+TEST(Doctor, flows_that_the_rounding_of_high_pressures_keeps_from_balancing_call_for_a_datum)
+{
+    // As a grid of wide pipes at 50 bar ends, whose losses are some thousandths of a pascal.
+    Network network = healthy();
+    kit::Solution solution;
+    solution.findings.add(Code::not_converged, {}, "it ended").numbers = {{"relative mass error", 5e-6, ""}};
+    const auto remedy = [&] { return kit::diagnose(network, solution).list().front().remedy; };
+    network.nodes[0].boundary->pressure = 5e6;
+    EXPECT_EQ(remedy().rfind("set \"pressure_datum\" of the settings to \"-49 bar\": ", 0), 0U) << remedy();
+    network.settings.pressureDatum = -4.9e6;
+    EXPECT_EQ(remedy(), "look for the smallest part that fails on its own") << "it stands low already";
+    network.settings.pressureDatum = 0.0;
+    network.elements[1].kind = kit::findElementKind("non_return");
+    std::swap(network.elements[1].from, network.elements[1].to);
+    EXPECT_EQ(remedy().rfind("mend first: ", 0), 0U) << "an error comes first";
 }
 
 TEST(Doctor, a_cancelled_solve_has_nothing_to_say)

@@ -197,6 +197,7 @@ TEST_F(FileText, links_in_a_circle_are_said)
     Findings findings;
     EXPECT_FALSE(kit::writeFile(path("a"), "new", findings));
     EXPECT_EQ(onlyCode(findings), Code::cannot_write_file);
+    EXPECT_EQ(findings.list().front().remedy, "correct the links, which lead in a circle");
 }
 
 TEST_F(FileText, a_replaced_file_keeps_its_permissions)
@@ -261,11 +262,13 @@ TEST_F(FileText, a_file_in_an_absent_folder_and_a_full_disk_are_said_and_leave_n
     Findings absent;
     EXPECT_FALSE(kit::writeFile(path("none/out"), "text", absent));
     EXPECT_EQ(onlyCode(absent), Code::cannot_write_file);
+    EXPECT_EQ(absent.list().front().remedy, "create the folder, or correct its name");
     EXPECT_EQ(fileCount(), 0U);
     if (!fs::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
     Findings full;
     EXPECT_FALSE(kit::writeFile("/dev/full", std::string(100000, 'x'), full));
     EXPECT_EQ(onlyCode(full), Code::cannot_write_file);
+    EXPECT_EQ(full.list().front().remedy, "make room, or name a folder on another disk");
 }
 
 TEST_F(FileText, the_same_file_is_known_under_two_names)

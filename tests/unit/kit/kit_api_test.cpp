@@ -8,6 +8,7 @@
 #include <fstream>
 #include <limits>
 #include <random>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 
@@ -82,6 +83,13 @@ std::string networkText(const tvkNetwork* network)
     std::string copy = text == nullptr ? "" : text;
     tvkFreeText(text);
     return copy;
+}
+
+/// The path of a file that is not there yet.
+std::string newPath(const std::string& ending)
+{
+    const std::string name = "tavell-api-" + std::to_string(std::random_device()()) + ending;
+    return (std::filesystem::temp_directory_path() / name).string();
 }
 
 TEST(KitApi, an_exception_becomes_a_status_and_a_finding)
@@ -428,6 +436,74 @@ TEST(KitApi, a_result_is_not_drawn_with_a_network_of_other_names)
     EXPECT_NE(textOf(findings).find("element number 2 is \"P2\" there and \"P3\" in the one given"),
               std::string::npos)
         << textOf(findings);
+}
+
+TEST(KitApi, a_picture_coloured_by_what_was_not_solved_comes_with_a_warning)
+{
+    const NetworkOwner network = twoPipes();
+    const ResultOwner result = solve(network.get());
+    const std::string path = newPath(".svg");
+    const FindingsOwner none = newFindings();
+    EXPECT_EQ(TVK_OK, tvkWritePicture(network.get(), result.get(), path.c_str(),
+                                      R"({"quantity": "velocity"})", none.get()));
+    EXPECT_EQ(0U, tvkFindingsCount(none.get()));
+    const FindingsOwner findings = newFindings();
+    EXPECT_EQ(TVK_OK, tvkWritePicture(network.get(), result.get(), path.c_str(),
+                                      R"({"quantity": "temperature"})", findings.get()));
+    EXPECT_TRUE(std::filesystem::remove(path));
+    EXPECT_EQ(
+        textOf(findings),
+        path + ": the result has no temperatures, so the picture is not coloured; switch \"temperatures\" on "
+               "in the settings [picture-without-values]\n");
+}
+
+/// A valve that blocks the only way to a tap.
+NetworkOwner blockedTap()
+{
+    return readText(R"({"tavell": 1, "nodes": [
+        {"name": "A", "at": [0, 0, 0], "inlet": {"pressure": 200000}},
+        {"name": "B", "at": [10, 0, 0]},
+        {"name": "C", "at": [20, 0, 0], "outlet": {"mass_flow": 0.5}},
+        {"name": "D", "at": [10, 10, 0], "outlet": {"mass_flow": 0.5}}],
+        "elements": [
+        {"name": "P", "type": "pipe", "from": "A", "to": "B", "diameter": 0.1},
+        {"name": "Q", "type": "pipe", "from": "B", "to": "D", "diameter": 0.1},
+        {"name": "V", "type": "non_return", "from": "C", "to": "B", "diameter": 0.1}]})");
+}
+
+TEST(KitApi, a_failed_solve_is_diagnosed_once)
+{
+    const ResultOwner result = solve(blockedTap().get());
+    ASSERT_NE(nullptr, result);
+    ASSERT_EQ(TVK_NOT_CONVERGED, tvkResultOutcome(result.get()));
+    const FindingsOwner findings = newFindings();
+    EXPECT_EQ(TVK_OK, tvkDiagnose(result.get(), findings.get()));
+    EXPECT_NE(textOf(findings).find("[solve-failed]"), std::string::npos) << textOf(findings);
+    EXPECT_EQ(textOf(findings).find("[not-converged]"), std::string::npos) << textOf(findings);
+}
+
+TEST(KitApi, the_report_of_a_failed_solve_names_the_part_that_fails_unless_that_is_stopped)
+{
+    const ResultOwner result = solve(blockedTap().get());
+    ASSERT_NE(nullptr, result);
+    const std::string path = newPath(".html");
+    const auto writeReport = [&](tvkProgress progress, const FindingsOwner& findings) {
+        return tvkWriteReport(result.get(), path.c_str(), nullptr, progress, nullptr, findings.get());
+    };
+    const FindingsOwner stopped = newFindings();
+    const tvkStatus status = writeReport([](void*, int) { return 1; }, stopped);
+    if (textOf(stopped).find("[report-not-built]") != std::string::npos)
+        GTEST_SKIP() << "no report in this build";
+    EXPECT_EQ(TVK_CANCELLED, status);
+    EXPECT_FALSE(std::filesystem::exists(path));
+    const FindingsOwner findings = newFindings();
+    ASSERT_EQ(TVK_OK, writeReport(nullptr, findings));
+    std::ostringstream page;
+    page << std::ifstream(path).rdbuf();
+    std::filesystem::remove(path);
+    EXPECT_NE(page.str().find("smallest-failing-part"), std::string::npos);
+    EXPECT_NE(page.str().find("\"solve-failed\""), std::string::npos);
+    EXPECT_EQ(page.str().find("\"not-converged\""), std::string::npos);
 }
 
 TEST(KitApi, reading_and_examining_go_on_behind_errors_of_the_whole_network)

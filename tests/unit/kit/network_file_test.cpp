@@ -457,6 +457,54 @@ TEST(NetworkFile, lists_that_are_missing_are_said_once)
               "n.json:1: /nodes: there is no node; add nodes and elements [empty-network]\n");
 }
 
+/// A network of so many nodes in a row, of which the first ones have no place.
+std::string withoutPlaces(int without, int count, const std::string& more = "")
+{
+    std::string nodes;
+    std::string elements;
+    for (int i = 0; i < count; ++i) {
+        const std::string name = std::to_string(i);
+        nodes += (i == 0 ? "" : ",") + std::string("\n{\"name\": \"") + name + '"';
+        if (i >= without) nodes += ", \"at\": [" + name + ", 0, 0]";
+        if (i == 0 || i + 1 == count)
+            nodes += std::string(", \"") + (i == 0 ? "inlet" : "outlet") + "\": {\"pressure\": " + name + '}';
+        nodes += '}';
+        if (i == 0) continue;
+        elements += (i == 1 ? "" : ",") + std::string(R"({"type": "pipe", "diameter": 1, "name": ")") + name +
+                    R"(", "from": ")" + std::to_string(i - 1) + R"(", "to": ")" + name + "\"}";
+    }
+    return "{\"tavell\": 1, \"nodes\": [" + nodes + "],\n\"elements\": [" + elements + ']' + more + '}';
+}
+
+TEST(NetworkFile, nodes_without_a_place_are_said_one_by_one_when_they_are_few)
+{
+    EXPECT_EQ(
+        findingsOf(withoutPlaces(2, 4)),
+        "n.json:2: /nodes/0 (node 0): \"at\" is missing; give the coordinates [x, y, z] [missing-key]\n"
+        "n.json:3: /nodes/1 (node 1): \"at\" is missing; give the coordinates [x, y, z] [missing-key]\n");
+}
+
+TEST(NetworkFile, many_nodes_without_a_place_are_one_finding)
+{
+    const std::string remedy =
+        "; give each its coordinates [x, y, z]; with \"coordinates\": \"schematic\" x and "
+        "y are those of a drawing and z is the height [missing-key]\n";
+    EXPECT_EQ(findingsOf(withoutPlaces(4, 4)),
+              "n.json:1: /nodes: none of the 4 nodes has an \"at\"" + remedy);
+    EXPECT_EQ(
+        findingsOf(withoutPlaces(12, 20)),
+        "n.json:1: /nodes: \"at\" is missing at 12 of 20 nodes: node 0, node 1, node 2, node 3, node 4, "
+        "node 5, node 6, node 7, node 8, node 9 and 2 more" +
+            remedy);
+}
+
+TEST(NetworkFile, a_scenario_that_takes_a_place_away_is_refused)
+{
+    EXPECT_EQ(findingsOf(withoutPlaces(0, 3, R"(, "scenarios": {"s": {"nodes": {"1": {"at": null}}}})")),
+              "n.json:5: /scenarios/s/nodes/1 (node 1): \"at\" is missing; give the coordinates [x, y, z] "
+              "[missing-key]\n");
+}
+
 TEST(NetworkFile, a_network_whose_errors_leave_its_parts_their_meaning_can_be_looked_at)
 {
     kit::Findings findings;

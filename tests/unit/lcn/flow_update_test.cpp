@@ -35,10 +35,13 @@ struct Line : SolverNetwork {
         corrections = {0.0, 0.0, 100.0, -300.0, 0.0};
     }
 
-    void update() { std::vector<int> all(static_cast<std::size_t>(var.ElemTotal));
+    void update()
+    {
+        std::vector<int> all(static_cast<std::size_t>(var.ElemTotal));
         std::iota(all.begin(), all.end(), 1);
         lcn::updatePressures(nodes, var, corrections);
-        lcn::updateFlows(nodes, elements, var, all, equations, corrections); }
+        lcn::updateFlows(nodes, elements, var, all, equations, corrections);
+    }
 
     NodeEquations equations;
     std::vector<double> corrections;
