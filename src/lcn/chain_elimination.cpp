@@ -451,7 +451,8 @@ bool ChainElimination::eliminateOne(const Run& run, const double* diagonal, doub
         if (!(pivot > kSmallestPivot * original && pivot <= kLargest)) return false;
         const double inverse = 1.0 / pivot;
         const double g = own[1];
-        const double share = g * inverse;
+        // 1 exactly at a dead end: one at rest keeps the pressure of its neighbour to the last bit
+        const double share = g / pivot;
         own[0] = inverse;
         own[1] = share;
         values[link[0]] -= g * share;
