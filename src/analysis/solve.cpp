@@ -1,4 +1,5 @@
 // solve.cpp: one solve of one circuit, stage by stage.
+#include <algorithm>
 #include <cstdint>
 #include <map>
 
@@ -20,6 +21,12 @@ namespace Velcor::Tavell
 namespace
 {
 
+constexpr std::uint32_t kStopped = 701208;  // message: the cancellation callback asked for it
+
+/// Of a solve that did not converge from a start near the solution. The ordinary start has the last word, and
+/// its reasons are the ones to tell.
+constexpr lcn::IterationPaths kOrdinaryStart{lcn::Factorisation::kFast, false, true};
+
 void prepare(Network& network)
 {
     auto& [var, nodes, elements, boundaries] = network;
@@ -29,6 +36,12 @@ void prepare(Network& network)
     lcn::applyDebugAndOpenEnds(nodes, elements, var);
     lcn::keepAsPrevious(nodes, elements, var);
     lcn::setFlowsBetweenFixedPressures(nodes, elements, var);
+}
+
+bool wasStopped(const lcnNET_var& var)
+{
+    return std::any_of(var.Messages.begin(), var.Messages.end(),
+                       [](const lcn::Message& message) { return message.id == kStopped; });
 }
 
 /// Takes the hydrostatic part off the pressures of all nodes [Pa].
@@ -52,8 +65,16 @@ bool Circuit::Solve(bool energy, bool (*cancel)())
     try {
         completeNetwork(network);
         prepare(network);
-        const bool converged =
+        bool converged =
             lcn::iterate(network.nodes, network.elements, network.var, lcn::kSteadyState, cancel);
+        if (!converged && network.var.startedNear && !wasStopped(network.var) && revision() == before) {
+            network = Network();
+            network = readModel(*this, energy);
+            completeNetwork(network);
+            prepare(network);
+            converged = lcn::iterate(network.nodes, network.elements, network.var, lcn::kSteadyState, cancel,
+                                     kOrdinaryStart);
+        }
         makePressuresStatic(network);
         if (network.var.Debug)
             lcn::writeReport(network.elements, network.nodes, network.var, "Results_c.dat");

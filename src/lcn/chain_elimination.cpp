@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <limits>
 #include <new>
+#include <numeric>
 
 namespace lcn
 {
@@ -29,6 +30,7 @@ constexpr int kNeighboursOfTwo = 2;
 /// Longest list that is searched for a neighbour; longer ones are checked for repetitions now and then.
 constexpr int kSearchedList = 16;
 constexpr double kLargest = std::numeric_limits<double>::max();
+constexpr double kSmallest = std::numeric_limits<double>::min();  // a pivot whose reciprocal is finite
 
 std::size_t length(long long n)
 {
@@ -389,12 +391,14 @@ void ChainElimination::prepare(int n, const std::vector<EquationPair>& pairs)
     m_size = n;
     ChainFinder(*this, n, pairs).run();
     m_coreDiagonal.resize(length(coreSize()));
-    m_coreScale.resize(length(coreSize()));
+    m_corePlace.resize(length(coreSize()));
+    std::iota(m_corePlace.begin(), m_corePlace.end(), 0);
     m_coreRhs.resize(length(coreSize()));
 }
 
 void ChainElimination::orderCore(const std::vector<int>& place)
 {
+    m_corePlace = place;
     const int first = m_coreDiagonalPlace;
     const int end = first + coreSize();
     for (int& changed : m_changed)
@@ -409,8 +413,15 @@ const double* ChainElimination::coreConductance() const
     return m_values.data() + m_coreDiagonalPlace + coreSize() + 1;
 }
 
-bool ChainElimination::eliminate(const double* diagonal, const double* conductance)
+bool ChainElimination::eliminate(const double* outside, const double* conductance)
 {
+    double smallest = 0.0;
+    for (std::size_t i = 0; i < m_place.size(); ++i)
+        smallest = std::min(smallest, conductance[i]);
+    for (int i = 1; i <= m_size; ++i)
+        smallest = std::min(smallest, outside[i]);
+    if (smallest < 0.0) return false;
+
     double* const values = m_values.data();
     std::fill(m_values.begin(), m_values.end(), 0.0);
     const int* const place = m_place.data();
@@ -422,62 +433,63 @@ bool ChainElimination::eliminate(const double* diagonal, const double* conductan
     for (const Run& run : m_runs) {
         const std::ptrdiff_t steps = run.end - run.begin;
         if (run.two) {
-            if (!eliminateTwo(run, diagonal, own, link)) return false;
+            if (!eliminateTwo(run, outside, own, link)) return false;
             own += kValuesOfTwo * steps;
             link += kChangedByTwo * steps;
         } else {
-            if (!eliminateOne(run, diagonal, own, link)) return false;
+            if (!eliminateOne(run, outside, own, link)) return false;
             own += kValuesOfOne * steps;
             link += kChangedByOne * steps;
         }
     }
 
     const int* const equation = m_equation.data() + m_eliminated;
-    for (int i = 0; i < coreSize(); ++i) {
-        const double original = diagonal[equation[i]];
-        m_coreScale[length(i)] = original;
-        m_coreDiagonal[length(i)] = original + values[m_coreDiagonalPlace + i];
+    for (int i = 0; i < coreSize(); ++i)
+        m_coreDiagonal[length(i)] = outside[equation[i]] + values[m_coreDiagonalPlace + i];
+    const double* const g = coreConductance();
+    for (std::size_t i = 0; i < m_corePairs.size(); ++i) {
+        m_coreDiagonal[length(m_corePlace[length(m_corePairs[i].row)])] += g[i];
+        m_coreDiagonal[length(m_corePlace[length(m_corePairs[i].column)])] += g[i];
     }
     return true;
 }
 
-bool ChainElimination::eliminateOne(const Run& run, const double* diagonal, double* own, const int* link)
+bool ChainElimination::eliminateOne(const Run& run, const double* outside, double* own, const int* link)
 {
     double* const values = m_values.data();
     const int* const equation = m_equation.data();
     for (int k = run.begin; k < run.end; ++k, own += kValuesOfOne, link += kChangedByOne) {
-        const double original = diagonal[equation[k]];
-        const double pivot = original + own[0];
-        if (!(pivot > kSmallestPivot * original && pivot <= kLargest)) return false;
-        const double inverse = 1.0 / pivot;
+        const double wayOut = outside[equation[k]] + own[0];
         const double g = own[1];
+        const double pivot = g + wayOut;
+        if (!(pivot >= kSmallest && pivot <= kLargest)) return false;
         // 1 exactly at a dead end: one at rest keeps the pressure of its neighbour to the last bit
         const double share = g / pivot;
-        own[0] = inverse;
+        own[0] = 1.0 / pivot;
         own[1] = share;
-        values[link[0]] -= g * share;
+        values[link[0]] += share * wayOut;
     }
     return true;
 }
 
-bool ChainElimination::eliminateTwo(const Run& run, const double* diagonal, double* own, const int* link)
+bool ChainElimination::eliminateTwo(const Run& run, const double* outside, double* own, const int* link)
 {
     double* const values = m_values.data();
     const int* const equation = m_equation.data();
     for (int k = run.begin; k < run.end; ++k, own += kValuesOfTwo, link += kChangedByTwo) {
-        const double original = diagonal[equation[k]];
-        const double pivot = original + own[0];
-        if (!(pivot > kSmallestPivot * original && pivot <= kLargest)) return false;
-        const double inverse = 1.0 / pivot;
+        const double wayOut = outside[equation[k]] + own[0];
         const double ga = own[1];
         const double gb = own[2];
+        const double pivot = ga + gb + wayOut;
+        if (!(pivot >= kSmallest && pivot <= kLargest)) return false;
+        const double inverse = 1.0 / pivot;
         const double shareA = ga * inverse;
         const double shareB = gb * inverse;
         own[0] = inverse;
         own[1] = shareA;
         own[2] = shareB;
-        values[link[0]] -= ga * shareA;
-        values[link[1]] -= gb * shareB;
+        values[link[0]] += shareA * wayOut;
+        values[link[1]] += shareB * wayOut;
         values[link[2]] += ga * shareB;
     }
     return true;

@@ -18,8 +18,10 @@ struct EquationPair {
 /// rounds of mutually independent ones, so that a line of n takes about log n rounds and the divisions of one
 /// round do not wait for one another. What is left, the core, has at least three neighbours everywhere.
 ///
-/// Eliminating v with the neighbours a and b, conductances ga and gb, pivot d:
-///   diag(a) -= ga^2/d, diag(b) -= gb^2/d, g(a,b) += ga gb/d.
+/// The diagonal is not kept but what it has beyond the conductances of the pairs, the way out o of each equation:
+/// the elimination then only adds, and nothing is lost to cancellation, however small o is beside the rest
+/// (Grassmann, Taksar and Heyman 1985). Eliminating v with the neighbours a and b, conductances ga and gb:
+///   d = ga + gb + o, o(a) += ga o/d, o(b) += gb o/d, g(a,b) += ga gb/d.
 ///
 /// Positions run from 0: eliminated equations in their order, then the core. Cost: linear in equations and
 /// pairs, whatever their shape.
@@ -38,13 +40,11 @@ public:
     /// order. The pairs keep theirs. Once per prepare.
     void orderCore(const std::vector<int>& place);
 
-    /// Eliminates with diagonal[1..n] and conductance[i] for pair i. False when a pivot is not clearly
-    /// positive or not finite.
-    bool eliminate(const double* diagonal, const double* conductance);
-    /// After eliminate: the core's diagonal, the original diagonal of the same equations, both in the core's
-    /// order, and the conductance of every core pair.
+    /// Eliminates with the ways out outside[1..n] and conductance[i] for pair i. False when one of them is
+    /// negative, or a pivot is not positive or not finite.
+    bool eliminate(const double* outside, const double* conductance);
+    /// After eliminate: the core's diagonal in the core's order, and the conductance of every core pair.
     const double* coreDiagonal() const { return m_coreDiagonal.data(); }
-    const double* coreScale() const { return m_coreScale.data(); }
     const double* coreConductance() const;
 
     /// Eliminates the right-hand side rhs[1..n]; the core's is then coreRhs(), to be solved in place.
@@ -68,8 +68,8 @@ private:
     };
     friend class ChainFinder;
 
-    bool eliminateOne(const Run& run, const double* diagonal, double* own, const int* link);
-    bool eliminateTwo(const Run& run, const double* diagonal, double* own, const int* link);
+    bool eliminateOne(const Run& run, const double* outside, double* own, const int* link);
+    bool eliminateTwo(const Run& run, const double* outside, double* own, const int* link);
 
     int m_size = 0;
     int m_eliminated = 0;
@@ -84,18 +84,13 @@ private:
     // that nobody reads, by nothing.
     std::vector<int> m_changed, m_neighbour;
     // Two or three values per step, one per core equation, the one that nobody reads and one per core pair.
-    // Before its step an equation has what the earlier ones add to its diagonal, ga and gb; afterwards 1/d,
+    // Before its step an equation has what the earlier ones add to its way out, ga and gb; afterwards 1/d,
     // ga/d and gb/d. The steps of a million equations move all this through memory several times, which is
     // what they cost: every value saved shows.
     std::vector<double> m_values;
     int m_coreDiagonalPlace = 0;
-    std::vector<double> m_coreDiagonal, m_coreScale, m_coreRhs;
+    std::vector<double> m_coreDiagonal, m_coreRhs;
+    std::vector<int> m_corePlace;  // by core equation as the pairs have it: its place in the core's order
 };
-
-/// Smallest pivot, relative to the equation's diagonal, that counts as clearly positive. A pivot is the
-/// diagonal less what the neighbours take; each term is rounded relative to the diagonal itself (the entries
-/// of a definite matrix never grow, Wilkinson 1968), so the pivot carries an error of a few 1e-16 of the
-/// diagonal. At 1e-13 two or three digits of it are still right; below, its sign may be an accident.
-constexpr double kSmallestPivot = 1e-13;
 
 }  // namespace lcn

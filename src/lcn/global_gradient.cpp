@@ -72,6 +72,7 @@ private:
     template <typename Element> double difference(const Element& element) const;
     template <typename Element> double flowOf(const Element& element, double loss) const;
     template <typename Element> void assemble(const Element& element, const Law& law);
+    void findNodesWithoutConductance();
     bool solve(PressureSystem& system, std::vector<double>& corrections);
     void write();
 
@@ -217,11 +218,18 @@ double GlobalGradient::sweep(bool isStart)
     return m_missingFlow / std::fmax(m_totalFlow, kTiny);
 }
 
+/// Free nodes between given flows only; they stay the same ones through the search.
+void GlobalGradient::findNodesWithoutConductance()
+{
+    m_equations.withoutConductance.clear();
+    for (int i = 1; i <= m_var.NodeTotal; ++i)
+        if (m_nodes[i].flag == kFreeNode && m_equations.diag[static_cast<std::size_t>(i)] < kTiny)
+            m_equations.withoutConductance.push_back(i);
+}
+
 /// Corrects the pressures. False when the equations have no solution.
 bool GlobalGradient::solve(PressureSystem& system, std::vector<double>& corrections)
 {
-    for (double& conductance : m_equations.diag)
-        if (conductance < kTiny) conductance = kLargeConductance;  // a node between given flows
     if (!system.solveFast(m_equations, corrections)) return false;
     for (std::size_t i = 1; i < m_pressure.size(); ++i)
         m_pressure[i] += corrections[i];
@@ -243,6 +251,7 @@ NearStart GlobalGradient::search(PressureSystem& system, std::vector<double>& co
     // what each element may miss for their sum to meet the criterion
     const double settled = std::fmin(kSettled, 2.0 * m_var.Concrit / m_var.ElemTotal);
     sweep(true);
+    findNodesWithoutConductance();
     double missing = 1.0;
     for (int step = 0; step < kMostSteps && missing > settled; ++step) {
         if (cancel != nullptr && cancel()) return NearStart::kCancelled;

@@ -32,6 +32,7 @@ constexpr double kStagnation = 1e-10;        // [-] change of the mass error tha
 constexpr double kStagnantRelaxation = 0.1;  // relaxpp of a stagnating solve
 constexpr double kCoupledFrom = 100.0;       // [-] of Concrit: flows settled enough for the viscosity law
 constexpr double kShortTimeStep = 1.0;       // [s] below it curves may have changed between two steps
+constexpr int kMostAfterNearStart = 200;     // iterations; two or three are usual
 constexpr int kMostUnsettledSolves = 100;    // temperature solves that ran out of sweeps on settled flows
 
 /// What the driver knows of the present iterate.
@@ -259,6 +260,8 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     if (paths.startsNearSolution)
         start = startNearSolution(nodes, elements, var, pipes, system, equations, corrections, cancel);
     stopped = start == NearStart::kCancelled;
+    var.startedNear = start == NearStart::kFound;
+    const int mostIterations = var.startedNear ? std::min(var.numitermm, kMostAfterNearStart) : var.numitermm;
     updateFrictionFactors(elements, var, pipes.others());
     if (pipes.isUsed()) flowEnds.holdLosses(nodes, elements, var, dt);
 
@@ -311,7 +314,7 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
         const bool temperaturesLag = outOfSweeps && start == NearStart::kFound;
         converged = flowsConverged && settled && minorLossesConverged && temperatures.converged &&
                     !temperaturesLag && !limitsChanged && limits.hasDecided();
-    } while (!converged && var.nIter < var.numitermm && !stopped && measures.finite && temperatures.finite &&
+    } while (!converged && var.nIter < mostIterations && !stopped && measures.finite && temperatures.finite &&
              unsettledSolves < kMostUnsettledSolves);
 
     pipes.write(elements);

@@ -23,7 +23,8 @@ struct IterationPaths {
 /// iterations are done, a stop is requested or a value is no longer finite. dt [s] is the time step,
 /// kSteadyState for a steady solve.
 /// Returns true when it converged and nothing but 700480 was recorded; else the reasons are in var.Messages
-/// and the last iterate stays in the records. relaxpp may be lowered to 0.1 and stays so.
+/// and the last iterate stays in the records. var.startedNear tells whether it began near the solution; it then
+/// gives up after 200 iterations: the ordinary start, from records prepared anew, has the last word. relaxpp may be lowered to 0.1 and stays so.
 /// Raises FatalException for an empty node list, kNoInternalNodes, and a singular unsymmetric matrix.
 bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var, double dt,
              CancelCallback cancel, const IterationPaths& paths = {});

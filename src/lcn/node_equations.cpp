@@ -223,6 +223,7 @@ void clearNodeEquations(NodeEquations& equations)
     std::fill(equations.diag.begin(), equations.diag.end(), 0.0);
     std::fill(equations.rhs.begin(), equations.rhs.end(), 0.0);
     equations.withoutDrop.clear();
+    equations.withoutConductance.clear();
 }
 
 void addToNodeEquations(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
@@ -274,6 +275,7 @@ void completeNodeEquations(const NodeArray& nodes, const ElementArray& elements,
             equations.rhs[slot] = 0.0;
         } else if (std::fabs(equations.diag[slot]) < kTiny) {
             equations.diag[slot] = kLargeConductance;
+            equations.withoutConductance.push_back(i);
         }
     }
     if (dt <= kSteadyTimeStep) addStorage(nodes, elements, var, dt, equations);

@@ -27,8 +27,9 @@ struct NodeEquations {
     std::vector<double> rhs;           // per node: net estimated inflow [kg/s]; 0 when not free
     std::vector<double> coef;          // per element: conductance [kg/(s Pa)], the same seen from either end
     std::vector<double> flowEstimate;  // per element [m3/s]
-    std::vector<double> flowResistance;  // per element [Pa s/m3]
-    std::vector<int> withoutDrop;        // unfixed quadratic elements between exactly equal pressures
+    std::vector<double> flowResistance;   // per element [Pa s/m3]
+    std::vector<int> withoutConductance;  // free nodes between fixed flows only: diag is 1e6
+    std::vector<int> withoutDrop;         // unfixed quadratic elements between exactly equal pressures
 
     /// Zero-filled, for the record counts of var.
     void size(const lcnNET_var& var);

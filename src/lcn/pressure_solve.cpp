@@ -56,10 +56,15 @@ void PressureSystem::prepare(const NodeArray& nodes, const ElementArray& element
 
     m_links.clear();
     m_pairs.clear();
+    m_waysOut.clear();
     for (int e = 1; e <= var.ElemTotal; ++e) {
         const int r = equationOf(elements[e].LocalStartNode);
         const int c = equationOf(elements[e].LocalEndNode);
-        if (r == 0 || c == 0 || r == c) continue;
+        if (r == c) continue;
+        if (r == 0 || c == 0) {
+            m_waysOut.push_back({r == 0 ? c : r, e});
+            continue;
+        }
         m_links.push_back(e);
         m_pairs.push_back({r, c});
     }
@@ -90,17 +95,19 @@ bool PressureSystem::solveFast(const NodeEquations& equations, std::vector<doubl
         m_factor.prepare(size(), m_pairs);
         m_isFactorPrepared = true;
     }
-    m_diagonal.resize(m_freeNodes.size());
+    m_outside.assign(m_freeNodes.size(), 0.0);
     m_rhs.resize(m_freeNodes.size());
     m_conductance.resize(m_links.size());
-    for (std::size_t r = 1; r < m_freeNodes.size(); ++r) {
-        const auto node = static_cast<std::size_t>(m_freeNodes[r]);
-        m_diagonal[r] = equations.diag[node];
-        m_rhs[r] = equations.rhs[node];
-    }
+    for (std::size_t r = 1; r < m_freeNodes.size(); ++r)
+        m_rhs[r] = equations.rhs[static_cast<std::size_t>(m_freeNodes[r])];
+    for (const WayOut& way : m_waysOut)
+        m_outside[static_cast<std::size_t>(way.equation)] +=
+            equations.coef[static_cast<std::size_t>(way.element)];
+    for (const int node : equations.withoutConductance)
+        m_outside[static_cast<std::size_t>(equationOf(node))] += kLargeConductance;
     for (std::size_t i = 0; i < m_links.size(); ++i)
         m_conductance[i] = equations.coef[static_cast<std::size_t>(m_links[i])];
-    if (!m_factor.factorise(m_diagonal.data(), m_conductance.data())) return false;
+    if (!m_factor.factorise(m_outside.data(), m_conductance.data())) return false;
     m_factor.solve(m_rhs.data());
     for (std::size_t r = 1; r < m_freeNodes.size(); ++r)
         corrections[static_cast<std::size_t>(m_freeNodes[r])] = m_rhs[r];

@@ -51,16 +51,22 @@ private:
     void reportStatus(lcnNET_var& var, int reason);
     double lumpedCorrection(const NodeEquations& equations) const;
 
+    struct WayOut {
+        int equation;
+        int element;
+    };
+
     Factorisation m_first;
     std::vector<int> m_equation;        // per node: 1..n, 0 when not free
     std::vector<int> m_freeNodes;       // per equation 1..n: its node
     std::vector<int> m_links;           // elements between two free nodes
     std::vector<EquationPair> m_pairs;  // their equations
+    std::vector<WayOut> m_waysOut;      // elements from a free node to one that is not
     std::set<int> m_reported;           // reasons recorded so far
 
     SparseFactor m_factor;
     bool m_isFactorPrepared = false;
-    std::vector<double> m_diagonal, m_conductance, m_rhs;  // of the fast solution
+    std::vector<double> m_outside, m_conductance, m_rhs;  // of the fast solution
 
     lcnSparseMat m_matrix;
     bool m_isMatrixLaidOut = false;

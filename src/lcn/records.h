@@ -160,6 +160,7 @@ public:
     bool Debug = false;         // debug files, trace and report are written
     bool ViscosityLaw = false;  // viscosity follows temperature
     bool compressible = false;  // ideal gas instead of a liquid; no host input sets it
+    bool startedNear = false;   // the iteration began near the solution; iteration
 
     int circuitNumber = 0;  // first value of the end-of-iteration messages
     int nIter = 0;          // number of the iteration

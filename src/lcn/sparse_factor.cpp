@@ -10,10 +10,10 @@ void SparseFactor::prepare(int n, const std::vector<EquationPair>& pairs)
     m_chains.orderCore(m_core.place());
 }
 
-bool SparseFactor::factorise(const double* diagonal, const double* conductance)
+bool SparseFactor::factorise(const double* outside, const double* conductance)
 {
-    return m_chains.eliminate(diagonal, conductance) &&
-           m_core.factorise(m_chains.coreDiagonal(), m_chains.coreScale(), m_chains.coreConductance());
+    return m_chains.eliminate(outside, conductance) &&
+           m_core.factorise(m_chains.coreDiagonal(), m_chains.coreConductance());
 }
 
 void SparseFactor::solve(double* rhs)

@@ -19,9 +19,11 @@ public:
     /// Orders n equations and lays out the factor for the structure of these pairs. Throws std::bad_alloc.
     void prepare(int n, const std::vector<EquationPair>& pairs);
 
-    /// Factorises the matrix with diagonal[1..n] and, for pair i (0-based), the entry -conductance[i].
-    /// False when a pivot is not clearly positive or not finite; the factor is then of no use.
-    bool factorise(const double* diagonal, const double* conductance);
+    /// Factorises the matrix with, for pair i (0-based), the entry -conductance[i], and with the sum of its
+    /// pairs' conductances and outside[1..n], the way out of the system, on each diagonal. All are >= 0.
+    /// False when one is negative or a pivot is not clearly positive or not finite; the factor is then of no
+    /// use.
+    bool factorise(const double* outside, const double* conductance);
 
     /// Solves in place: rhs[1..n] becomes the solution. After a factorisation that succeeded.
     void solve(double* rhs);

@@ -511,7 +511,7 @@ void SupernodalFactor::prepare(int n, const std::vector<EquationPair>& pairs)
     m_gathered.resize(length(tallest));
 }
 
-bool SupernodalFactor::factorise(const double* diagonal, const double* scale, const double* conductance)
+bool SupernodalFactor::factorise(const double* diagonal, const double* conductance)
 {
     std::fill(m_values.begin(), m_values.end(), 0.0);
     std::fill(m_waiting.begin(), m_waiting.end(), -1);
@@ -526,7 +526,7 @@ bool SupernodalFactor::factorise(const double* diagonal, const double* scale, co
         const Panel& panel = m_panels[index];
         if (m_waiting[index] >= 0) pull(panel, static_cast<int>(index));
         const bool small = panel.rows <= kSmallPanelRows;
-        if (!(small ? eliminateSmallPanel(panel, scale) : eliminatePanel(panel, scale))) return false;
+        if (!(small ? eliminateSmallPanel(panel, diagonal) : eliminatePanel(panel, diagonal))) return false;
         if (panel.pushes) {
             push(panel);
         } else {
@@ -620,13 +620,13 @@ void SupernodalFactor::pullFrom(const Panel& panel, int source)
 }
 
 /// The panel's own part of L and D, column by column: faster than the kernels while all of it is small.
-bool SupernodalFactor::eliminateSmallPanel(const Panel& panel, const double* scale)
+bool SupernodalFactor::eliminateSmallPanel(const Panel& panel, const double* diagonal)
 {
     const std::ptrdiff_t ld = panel.rows;
     double* column = valuesOf(panel);
     for (int j = 0; j < panel.columns; ++j, column += ld) {
         const double pivot = column[j];
-        const double original = scale[panel.first + j];
+        const double original = diagonal[panel.first + j];
         if (!(pivot > kSmallestPivot * original && pivot <= kLargest)) return false;
         const double inversePivot = 1.0 / pivot;
         m_pivots[length(panel.first + j)] = pivot;
@@ -644,7 +644,7 @@ bool SupernodalFactor::eliminateSmallPanel(const Panel& panel, const double* sca
 }
 
 /// The panel's own part of L and D: groups of four columns, each after an update by the columns before it.
-bool SupernodalFactor::eliminatePanel(const Panel& panel, const double* scale)
+bool SupernodalFactor::eliminatePanel(const Panel& panel, const double* diagonal)
 {
     double* const values = valuesOf(panel);
     const std::ptrdiff_t ld = panel.rows;
@@ -666,7 +666,7 @@ bool SupernodalFactor::eliminatePanel(const Panel& panel, const double* scale)
             if (j > block) subtract(j, 1, block, j - block);
             double* const column = values + j * ld;
             const double pivot = column[j];
-            const double original = scale[panel.first + j];
+            const double original = diagonal[panel.first + j];
             if (!(pivot > kSmallestPivot * original && pivot <= kLargest)) return false;
             const double inversePivot = 1.0 / pivot;
             pivots[j] = pivot;

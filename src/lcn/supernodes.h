@@ -21,12 +21,12 @@ class SupernodalFactor
 public:
     /// Orders n equations and lays the factor out for these distinct pairs. Throws std::bad_alloc.
     void prepare(int n, const std::vector<EquationPair>& pairs);
-    /// Position of every equation in the factor; diagonal, scale and x are by position.
+    /// Position of every equation in the factor; diagonal and x are by position.
     const std::vector<int>& place() const { return m_place; }
 
-    /// Factorises the matrix with this diagonal and the entry -conductance[i] for pair i. scale is what pivots
-    /// are compared with; false when one is not clearly positive or not finite.
-    bool factorise(const double* diagonal, const double* scale, const double* conductance);
+    /// Factorises the matrix with this diagonal and the entry -conductance[i] for pair i. False when a pivot is
+    /// not clearly positive beside its diagonal, or not finite.
+    bool factorise(const double* diagonal, const double* conductance);
     /// Solves in place.
     void solve(double* x);
 
@@ -52,8 +52,8 @@ private:
 
     void pull(const Panel& panel, int index);
     void pullFrom(const Panel& panel, int source);
-    bool eliminatePanel(const Panel& panel, const double* scale);
-    bool eliminateSmallPanel(const Panel& panel, const double* scale);
+    bool eliminatePanel(const Panel& panel, const double* diagonal);
+    bool eliminateSmallPanel(const Panel& panel, const double* diagonal);
     void forward(const Panel& panel, double* x);
     void backward(const Panel& panel, double* x);
     void push(const Panel& panel);
@@ -81,5 +81,11 @@ private:
     std::vector<double> m_packed, m_update;
     std::vector<double> m_gathered;  // the rows below a panel, of the vector being solved
 };
+
+/// Smallest pivot, relative to the equation's diagonal, that counts as clearly positive. A pivot is the
+/// diagonal less what the neighbours take; each term is rounded relative to the diagonal itself (the entries
+/// of a definite matrix never grow, Wilkinson 1968), so the pivot carries an error of a few 1e-16 of the
+/// diagonal. At 1e-13 two or three digits of it are still right; below, its sign may be an accident.
+constexpr double kSmallestPivot = 1e-13;
 
 }  // namespace lcn
