@@ -32,6 +32,7 @@ constexpr double kStagnation = 1e-10;        // [-] change of the mass error tha
 constexpr double kStagnantRelaxation = 0.1;  // relaxpp of a stagnating solve
 constexpr double kCoupledFrom = 100.0;       // [-] of Concrit: flows settled enough for the viscosity law
 constexpr double kShortTimeStep = 1.0;       // [s] below it curves may have changed between two steps
+constexpr int kLargestWithEnvelope = 10000;  // nodes of a network with junction losses
 constexpr int kMostAfterNearStart = 200;     // iterations; two or three are usual
 constexpr int kMostUnsettledSolves = 100;    // temperature solves that ran out of sweeps on settled flows
 
@@ -192,6 +193,16 @@ bool isFinite(const NodeArray& nodes, const ElementArray& elements, const lcnNET
     return true;
 }
 
+/// Junction losses change with the sign of a flow, and where liquid hardly moves the rounding of a solution has a
+/// say in it. With that of the envelope factorisation fewer networks wander: of 1500 random ones 10 more
+/// converge in 150 iterations. Large networks cannot wait for it.
+Factorisation factorisationOf(const lcnNET_var& var, const IterationPaths& paths)
+{
+    const bool hasJunctionLosses = var.Minor != kSpecifiedLosses && var.Minor != kNoLosses;
+    return hasJunctionLosses && var.NodeTotal <= kLargestWithEnvelope ? Factorisation::kReference
+                                                                      : paths.factorisation;
+}
+
 /// Records why the iteration did not converge. Returns true when nothing that matters was recorded.
 bool recordOutcome(lcnNET_var& var, const Measures& measures, const TemperatureSolve& temperatures,
                    const MinorLosses& minorLosses, int flowUpdates, double flowUpdateError, bool stopped)
@@ -239,7 +250,7 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     std::vector<double> corrections(static_cast<std::size_t>(var.NodeTotal) + 1, 0.0);
     std::vector<double> balance(corrections);
     PressureGroups groups;
-    PressureSystem system(paths.factorisation);
+    PressureSystem system(factorisationOf(var, paths));
     FlowLimits limits;
     FixedPressureElements betweenFixedPressures;
     FlowEnds flowEnds;

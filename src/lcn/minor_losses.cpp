@@ -12,12 +12,10 @@ namespace lcn
 namespace
 {
 
-constexpr int kNoMinorLosses = 4;  // mode
-
 void applyMode(lcnNET_elems& elem, int mode)
 {
-    if (mode == 0 || (mode == 1 && elem.kSpecified > kTiny)) elem.k = elem.kSpecified;
-    if (mode == kNoMinorLosses) elem.k = 0.0;
+    if (mode == kSpecifiedLosses || (mode == 1 && elem.kSpecified > kTiny)) elem.k = elem.kSpecified;
+    if (mode == kNoLosses) elem.k = 0.0;
 }
 
 double sumOfK(const ElementArray& elements, const lcnNET_var& var)
@@ -42,7 +40,7 @@ double relaxation(int updates, double relaxpp)
 
 void MinorLosses::start(const ElementArray& elements, lcnNET_var& var)
 {
-    const bool areKept = var.Minor != kNoMinorLosses && var.warmStart() != 0;
+    const bool areKept = var.Minor != kNoLosses && var.warmStart() != 0;
     m_previousSum = 0.0;
     for (int e = 1; e <= var.ElemTotal; ++e) {
         // No junction has a loss yet: the starting flows all run from start to end, whatever way the elements
@@ -58,7 +56,7 @@ void MinorLosses::start(const ElementArray& elements, lcnNET_var& var)
 
 bool MinorLosses::update(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var)
 {
-    if (var.Minor == kNoMinorLosses) return true;
+    if (var.Minor == kNoLosses) return true;
 
     m_previous.resize(var.ElemTotal + 1);
     for (int e = 1; e <= var.ElemTotal; ++e) {
@@ -68,7 +66,7 @@ bool MinorLosses::update(const NodeArray& nodes, const ElementArray& elements, l
         applyMode(elem, var.Minor);
     }
     // specified coefficients stand in the end where mode 0 asks for them
-    if (var.Minor != 0) addJunctionLosses(nodes, elements, var);
+    if (var.Minor != kSpecifiedLosses) addJunctionLosses(nodes, elements, var);
 
     const double weight = relaxation(m_updates, var.relaxpp);
     for (int e = 1; e <= var.ElemTotal; ++e) {

@@ -8,6 +8,10 @@
 namespace lcn
 {
 
+/// Modes, field Minor of lcnNET_var, without losses from the junctions.
+inline constexpr int kSpecifiedLosses = 0;
+inline constexpr int kNoLosses = 4;
+
 /// Follows the minor loss coefficients K through an iteration. Modes (var.Minor): 0 the specified K; 1 the
 /// computed one, replaced by the specified K where that exceeds 3e-38; 4 none; other values the computed K.
 class MinorLosses

@@ -11,6 +11,7 @@
 #include "element_hydraulics.h"
 #include "friction.h"
 #include "friction_block.h"
+#include "minor_losses.h"
 #include "preparation.h"
 #include "viscosity.h"
 
@@ -20,8 +21,6 @@ namespace lcn
 namespace
 {
 
-constexpr int kSpecifiedLosses = 0;  // lcnNET_var::Minor
-constexpr int kNoLosses = 4;
 constexpr double kUsualVelocity = 0.5;  // [m/s]
 
 /// Whether nothing but flows and pressures changes during the iteration.
