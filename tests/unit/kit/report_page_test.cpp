@@ -75,7 +75,8 @@ TEST(ReportPage, a_temperature_that_nobody_gave_does_not_stand_beside_a_given_de
 {
     const kit::Network given =
         example("limited_branches");  // "Water at 20 degC" by its density and viscosity
-    for (const auto& row : dataOf(given, kit::solveNetwork(given))["fluid"])
+    const auto data = dataOf(given, kit::solveNetwork(given));
+    for (const auto& row : data["fluid"])
         EXPECT_NE(row[0], "Temperature");
     const kit::Network named = example("siphon.tavell");
     EXPECT_EQ(dataOf(named, kit::solveNetwork(named))["fluid"][1][0], "Temperature");
