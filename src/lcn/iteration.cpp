@@ -32,7 +32,7 @@ constexpr double kStagnation = 1e-10;        // [-] change of the mass error tha
 constexpr double kStagnantRelaxation = 0.1;  // relaxpp of a stagnating solve
 constexpr double kCoupledFrom = 100.0;       // [-] of Concrit: flows settled enough for the viscosity law
 constexpr double kShortTimeStep = 1.0;       // [s] below it curves may have changed between two steps
-constexpr int kLargestWithEnvelope = 10000;  // nodes of a network with junction losses
+constexpr int kLargestWithEnvelope = 2000;   // nodes of a network with junction losses
 constexpr int kMostAfterNearStart = 200;     // iterations; two or three are usual
 constexpr int kMostUnsettledSolves = 100;    // temperature solves that ran out of sweeps on settled flows
 

@@ -92,6 +92,7 @@ const lcnSparseMat& PressureSystem::matrix()
 bool PressureSystem::solveFast(const NodeEquations& equations, std::vector<double>& corrections)
 {
     if (!m_isFactorPrepared) {
+        m_factor.usePortableKernels(m_first == Factorisation::kPortable);
         m_factor.prepare(size(), m_pairs);
         m_isFactorPrepared = true;
     }
@@ -151,7 +152,7 @@ int PressureSystem::solvePressures(lcnNET_var& var, const NodeEquations& equatio
                                    std::vector<double>& corrections)
 {
     std::fill(corrections.begin(), corrections.end(), 0.0);
-    const bool triesFast = m_first == Factorisation::kFast && size() >= kSmallestFast;
+    const bool triesFast = m_first != Factorisation::kReference && size() >= kSmallestFast;
     if (triesFast && solveFast(equations, corrections)) return lcnSparseMat::kOk;
 
     if (!m_isMatrixLaidOut) {

@@ -12,8 +12,9 @@
 namespace lcn
 {
 
-/// Which factorisation a system tries first. kReference keeps to lcnSparseMat, for comparisons.
-enum class Factorisation { kFast, kReference };
+/// Which factorisation a system tries first: SparseFactor with the best instructions that the processor has, or
+/// with those that every one has; kReference keeps to lcnSparseMat.
+enum class Factorisation { kFast, kPortable, kReference };
 
 /// The linear system of the free nodes. Its structure (numbering, ordering, place of every element) depends on
 /// the graph and on which nodes are free; it is built once and again only when that changes.

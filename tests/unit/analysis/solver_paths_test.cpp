@@ -34,6 +34,7 @@ constexpr lcn::IterationPaths kSwept{lcn::Factorisation::kReference, false, true
 constexpr lcn::IterationPaths kStarted{lcn::Factorisation::kReference, true, true};
 constexpr lcn::IterationPaths kWithoutStart{lcn::Factorisation::kFast, false, true};
 constexpr lcn::IterationPaths kAll{};
+constexpr lcn::IterationPaths kPortable{lcn::Factorisation::kPortable, true, true};
 
 /// [kg/s] through the ring with heat.
 constexpr double kTrickle = 0.5;
@@ -515,6 +516,11 @@ void expectEveryPathTheSame(Description description, bool energy)
         expectSame(plain, other, kRounding);
         EXPECT_EQ(other.iterations, plain.iterations);
     }
+    // the instructions of the processor change last bits, never the course of a solve
+    const Outcome best = solve(built, energy, kAll);
+    const Outcome portable = solve(built, energy, kPortable);
+    expectSame(best, portable, kRounding);
+    EXPECT_EQ(best.iterations, portable.iterations);
     for (const lcn::IterationPaths& paths : {kStarted, kAll}) {
         SCOPED_TRACE(paths.factorisation == lcn::Factorisation::kFast ? "all" : "started");
         const Outcome other = solve(built, energy, paths);
@@ -633,6 +639,27 @@ TEST(SolverPaths, random_networks_are_solved_alike_along_every_path)
     }
     EXPECT_GT(converged, kNetworks * 5 / 6);
     EXPECT_GT(started, kNetworks / 2);
+}
+
+TEST(SolverPaths, network_that_wanders_from_the_near_start_is_solved_from_the_ordinary_one)
+{
+    // Network 129 of this series: given flows and a part at rest whose flows are below the resolution of its
+    // pressures. From near the solution the mass error sticks just above the criterion.
+    std::mt19937 random(1);
+    Mix mix;
+    Description description;
+    for (int i = 0; i <= 129; ++i) {
+        mix = randomMix(random);
+        mix.isBroken = mix.junctionLosses = mix.isViscous = false;
+        mix.energy = mix.energy && !mix.isAtRest && !mix.givenFlows;
+        description = randomNetwork(random, mix);
+    }
+    const Built built(description);
+    ASSERT_FALSE(solve(built, mix.energy, kAll).converged);
+    const Outcome without = solve(built, mix.energy, kWithoutStart);
+    ASSERT_TRUE(without.converged);
+    EXPECT_TRUE(built.circuit().Solve(mix.energy, nullptr));
+    EXPECT_EQ(built.feedbackIds(), (std::vector<int>{17, 19, 19}));  // of the part at rest
 }
 
 TEST(SolverPaths, networks_without_an_answer_fail_along_every_path)

@@ -148,6 +148,8 @@ void build(ICircuit* made, Shape shape, int count, double offset)
 {
     constexpr double kDemand = 0.3;  // [kg/s]
     Circuit& circuit = static_cast<Circuit&>(*made);
+    // losses of junctions would have the last word on the number of iterations
+    circuit.GetEntity()->SetProperty(TAVELL_CIRCUIT_MINOR_LOSS, 0.0);
     std::mt19937 random(1);
     std::vector<int> parents{0};
     for (int i = 1; i < count; ++i)
