@@ -67,35 +67,43 @@ void PipeSweep::prepare(const NodeArray& nodes, const ElementArray& elements, co
         lcnNET_elems& elem = elements[e];
         const bool hasFreeEnd = isFree[static_cast<std::size_t>(elem.LocalStartNode)] != 0 ||
                                 isFree[static_cast<std::size_t>(elem.LocalEndNode)] != 0;
-        if (elem.LocalStartNode == elem.LocalEndNode || isLimited(nodes, elem)) {
+        const bool canBeHere = elem.LocalStartNode != elem.LocalEndNode && !isLimited(nodes, elem);
+        if (canBeHere && elem.fix != 0)
+            addGivenFlow(elem, var);
+        else if (canBeHere && isDarcyWeisbach(elem.type) && hasFreeEnd)
+            addPipe(elem, var, e);
+        else
             m_others.push_back(e);
-        } else if (elem.fix != 0) {
-            if (isDarcyWeisbach(elem.type)) frictionFactor(elem, var);
-            elem.MassflowOld = elem.Massflow;
-            m_givenInflow[static_cast<std::size_t>(elem.LocalStartNode)] -= elem.Massflow;
-            m_givenInflow[static_cast<std::size_t>(elem.LocalEndNode)] += elem.Massflow;
-            m_givenTotal += std::fabs(elem.Massflow);
-        } else if (isDarcyWeisbach(elem.type) && hasFreeEnd) {
-            const double dynamic = 0.5 / (elem.Area * elem.Area) / elem.density;
-            Pipe pipe{};
-            pipe.mass = elem.Massflow;
-            pipe.estimate = kUsualVelocity * elem.density * elem.Area;
-            pipe.toRe = reynoldsPerFlow(elem, viscosity(var, elem.Temperature));
-            pipe.relRough = elem.rough / elem.diam;
-            pipe.laminar = elem.LaminarFactor;
-            pipe.f = elem.friction;
-            pipe.friction = elem.length / elem.diam * dynamic;
-            pipe.minor = elem.k * dynamic;
-            pipe.start = elem.LocalStartNode;
-            pipe.end = elem.LocalEndNode;
-            pipe.element = e;
-            m_pipes.push_back(pipe);
-        } else {
-            m_others.push_back(e);
-        }
     }
     m_pressure.resize(static_cast<std::size_t>(var.NodeTotal) + 1);
     updateFriction(var);
+}
+
+void PipeSweep::addGivenFlow(lcnNET_elems& elem, const lcnNET_var& var)
+{
+    if (isDarcyWeisbach(elem.type)) frictionFactor(elem, var);
+    elem.MassflowOld = elem.Massflow;
+    m_givenInflow[static_cast<std::size_t>(elem.LocalStartNode)] -= elem.Massflow;
+    m_givenInflow[static_cast<std::size_t>(elem.LocalEndNode)] += elem.Massflow;
+    m_givenTotal += std::fabs(elem.Massflow);
+}
+
+void PipeSweep::addPipe(const lcnNET_elems& elem, const lcnNET_var& var, int e)
+{
+    const double dynamic = 0.5 / (elem.Area * elem.Area) / elem.density;
+    Pipe pipe{};
+    pipe.mass = elem.Massflow;
+    pipe.estimate = kUsualVelocity * elem.density * elem.Area;
+    pipe.toRe = reynoldsPerFlow(elem, viscosity(var, elem.Temperature));
+    pipe.relRough = elem.rough / elem.diam;
+    pipe.laminar = elem.LaminarFactor;
+    pipe.f = elem.friction;
+    pipe.friction = elem.length / elem.diam * dynamic;
+    pipe.minor = elem.k * dynamic;
+    pipe.start = elem.LocalStartNode;
+    pipe.end = elem.LocalEndNode;
+    pipe.element = e;
+    m_pipes.push_back(pipe);
 }
 
 void PipeSweep::readFlows(const ElementArray& elements, const lcnNET_var& var)

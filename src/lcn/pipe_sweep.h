@@ -70,6 +70,8 @@ public:
     void write(const ElementArray& elements) const;
 
 private:
+    void addGivenFlow(lcnNET_elems& elem, const lcnNET_var& var);
+    void addPipe(const lcnNET_elems& elem, const lcnNET_var& var, int e);
     void readPressures(const NodeArray& nodes);
     void updateFriction(const lcnNET_var& var, std::size_t first, std::size_t count);
 
