@@ -50,17 +50,6 @@ private:
     std::vector<std::pair<std::string, double>> m_times;
 };
 
-void prepare(Velcor::Tavell::Network& network)
-{
-    auto& [var, nodes, elements, boundaries] = network;
-    var.sizeWorkArrays();
-    lcn::prepareElementCoefficients(elements, var);
-    lcn::setInitialValues(nodes, elements, var);
-    lcn::applyDebugAndOpenEnds(nodes, elements, var);
-    lcn::keepAsPrevious(nodes, elements, var);
-    lcn::setFlowsBetweenFixedPressures(nodes, elements, var);
-}
-
 /// Returns the number of iterations.
 int timeStages(Circuit& circuit, StageTimes& times)
 {
@@ -69,7 +58,7 @@ int timeStages(Circuit& circuit, StageTimes& times)
     std::map<int, Velcor::Tavell::ResultsSet> results;
     times.time("read model", [&] { *network = Velcor::Tavell::readModel(circuit, false); });
     times.time("connect", [&] { Velcor::Tavell::completeNetwork(*network); });
-    times.time("prepare", [&] { prepare(*network); });
+    times.time("prepare", [&] { lcn::prepare(network->nodes, network->elements, network->var); });
     times.time("iterate", [&] {
         converged = lcn::iterate(network->nodes, network->elements, network->var, lcn::kSteadyState, nullptr);
     });

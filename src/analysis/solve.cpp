@@ -27,17 +27,6 @@ constexpr std::uint32_t kStopped = 701208;  // message: the cancellation callbac
 /// its reasons are the ones to tell.
 constexpr lcn::IterationPaths kOrdinaryStart{lcn::Factorisation::kFast, false, true};
 
-void prepare(Network& network)
-{
-    auto& [var, nodes, elements, boundaries] = network;
-    var.sizeWorkArrays();
-    lcn::prepareElementCoefficients(elements, var);
-    lcn::setInitialValues(nodes, elements, var);
-    lcn::applyDebugAndOpenEnds(nodes, elements, var);
-    lcn::keepAsPrevious(nodes, elements, var);
-    lcn::setFlowsBetweenFixedPressures(nodes, elements, var);
-}
-
 bool wasStopped(const lcnNET_var& var)
 {
     return std::any_of(var.Messages.begin(), var.Messages.end(),
@@ -64,14 +53,14 @@ bool Circuit::Solve(bool energy, bool (*cancel)())
     const std::uint64_t before = revision();
     try {
         completeNetwork(network);
-        prepare(network);
+        lcn::prepare(network.nodes, network.elements, network.var);
         bool converged =
             lcn::iterate(network.nodes, network.elements, network.var, lcn::kSteadyState, cancel);
         if (!converged && network.var.startedNear && !wasStopped(network.var) && revision() == before) {
             network = Network();
             network = readModel(*this, energy);
             completeNetwork(network);
-            prepare(network);
+            lcn::prepare(network.nodes, network.elements, network.var);
             converged = lcn::iterate(network.nodes, network.elements, network.var, lcn::kSteadyState, cancel,
                                      kOrdinaryStart);
         }

@@ -288,6 +288,16 @@ void setFlowsBetweenFixedPressures(const NodeArray& nodes, const ElementArray& e
     }
 }
 
+void prepare(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var)
+{
+    var.sizeWorkArrays();
+    prepareElementCoefficients(elements, var);
+    setInitialValues(nodes, elements, var);
+    applyDebugAndOpenEnds(nodes, elements, var);
+    keepAsPrevious(nodes, elements, var);
+    setFlowsBetweenFixedPressures(nodes, elements, var);
+}
+
 bool hasFlowEnd(const NodeArray& nodes, const lcnNET_elems& elem)
 {
     return nodes[elem.LocalStartNode].flag == kFlowBoundary || nodes[elem.LocalEndNode].flag == kFlowBoundary;

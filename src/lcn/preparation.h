@@ -8,6 +8,9 @@
 namespace lcn
 {
 
+/// The whole preparation of translated records: work arrays, and the steps below in their order.
+void prepare(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var);
+
 /// Turns element inputs into the coefficients of the hydraulics and fits the curves of pumps and losses, by
 /// type:
 /// 2, 3 fit the curve (kCurveError when it cannot be fitted); 4 HWcoeff := L / D^4.87 (10.67 / C^1.85 9.806);

@@ -69,12 +69,7 @@ Outcome solve(const Built& built, bool energy, const lcn::IterationPaths& paths)
     var.numitermm = kMostIterations;
     try {
         completeNetwork(network);
-        var.sizeWorkArrays();
-        lcn::prepareElementCoefficients(elements, var);
-        lcn::setInitialValues(nodes, elements, var);
-        lcn::applyDebugAndOpenEnds(nodes, elements, var);
-        lcn::keepAsPrevious(nodes, elements, var);
-        lcn::setFlowsBetweenFixedPressures(nodes, elements, var);
+        lcn::prepare(nodes, elements, var);
         outcome.converged = lcn::iterate(nodes, elements, var, lcn::kSteadyState, nullptr, paths);
     } catch (const lcn::FatalException&) {
         outcome.isFatal = true;
