@@ -15,7 +15,6 @@ namespace lcn
 namespace
 {
 
-constexpr double kHazenWilliamsExponent = 1.85;
 constexpr double kSecantAtRest = 10.0;  // [Pa s/m3] secant of a power law at zero flow
 
 /// 1 / (2 A^2) [1/m4]; infinite without an area: no flow passes there.

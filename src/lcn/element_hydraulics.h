@@ -7,6 +7,9 @@
 namespace lcn
 {
 
+/// Exponent of the flow in the Hazen-Williams law [-].
+inline constexpr double kHazenWilliamsExponent = 1.85;
+
 /// Linearised law of an element: dp = c0 + c1 Q (pumps, loss curves), dp = r2 rho Q^2 (quadratic kinds), g
 /// the secant dp / |Q| (Hazen-Williams, general loss; c1 and r2 then carry the law's own constants).
 struct LinearisedLaw {

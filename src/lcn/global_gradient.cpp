@@ -20,7 +20,6 @@ constexpr int kMostSteps = 20;           // Newton steps
 constexpr double kClose = 1e-3;          // [-] of the flows: an iteration gains from such a start
 constexpr double kSettled = 1e-9;        // [-] of the flows: further steps gain nothing
 constexpr double kSmallestShare = 1e-6;  // [-] of the mean flow: slopes are those of at least this flow
-constexpr double kHazenWilliamsPower = 1.85;
 
 /// An open element that is not in the sweep; its law is read from its record.
 struct Other {
@@ -132,7 +131,7 @@ Law GlobalGradient::lawOf(const Other& other) const
     if (isCurve(elem.type)) return {law.c0 + law.c1 * Q, law.c1 / rho};
     if (isQuadratic(elem.type)) return {law.r2 * rho * Q * std::fabs(Q), 2.0 * law.r2 * magnitude};
     const bool isGeneral = elem.type == kGeneralLoss;
-    const double n = isGeneral ? elem.Param4 : kHazenWilliamsPower;
+    const double n = isGeneral ? elem.Param4 : kHazenWilliamsExponent;
     const double a = isGeneral ? law.c1 * std::pow(rho, elem.Param1 - 1.0) : law.c1;
     const double ofPower = a * std::pow(magnitude, n - 1.0);
     return {rho * Q * (ofPower + law.r2 * std::fabs(Q)), n * ofPower + 2.0 * law.r2 * magnitude};

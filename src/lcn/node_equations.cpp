@@ -21,7 +21,6 @@ constexpr double kCurveSlopeAtRest = 10.0;    // [Pa s/m3]
 constexpr double kSmallestPowerSlope = 1e-6;  // [Pa s m3/(kg m3)] slope of a power law at zero flow
 constexpr double kDrowningRatio = 1e12;       // [-] of conductances that share one matrix
 constexpr double kRestRatio = 1e3;            // [-] of an element at rest to the largest other conductance
-constexpr double kHazenWilliamsExponent = 1.85;
 
 double signOf(double x)
 {

@@ -657,6 +657,14 @@ TEST(SolverPaths, network_that_wanders_from_the_near_start_is_solved_from_the_or
     EXPECT_EQ(built.feedbackIds(), (std::vector<int>{17, 19, 19}));  // of the part at rest
 }
 
+TEST(SolverPaths, losses_of_junctions_keep_the_envelope_factorisation_and_the_ordinary_start)
+{
+    Description description = districtNetwork(20);
+    description.minorLoss = 2.0;
+    const Built built(description);
+    expectSameBits(solve(built, false, kPlain), solve(built, false, kAll));
+}
+
 TEST(SolverPaths, networks_without_an_answer_fail_along_every_path)
 {
     std::mt19937 random(2);
