@@ -19,7 +19,7 @@ enum class Factorisation { kFast, kPortable, kReference };
 /// The linear system of the free nodes. Its structure (numbering, ordering, place of every element) depends on
 /// the graph and on which nodes are free; it is built once and again only when that changes.
 /// Two factorisations solve it: SparseFactor, and lcnSparseMat with its statuses, which takes over where a
-/// pivot of the first is not clearly positive and solves the smallest systems, where it is the faster.
+/// pivot of the first is not clearly positive and solves systems of fewer than 20 equations, which gain little.
 class PressureSystem
 {
 public:
