@@ -27,8 +27,7 @@ using bench::Results;
 using bench::Stopwatch;
 
 constexpr int kWarmUpSolves = 5;
-constexpr int kWarmUpUpTo =
-    10000;  // nodes; the first solve of a larger network is not much slower than the next
+constexpr int kWarmUpUpTo = 10000;   // nodes; one solve warms up a larger network
 constexpr int kTenElementNodes = 7;  // a grid of so many nodes has eight pipes and two stubs
 
 constexpr const char* kUsage =
@@ -180,10 +179,11 @@ void timeOnce(const Network& network, const MemoryMeter& memory, const Table& ta
     table.write("release", stopwatch.milliseconds());
 }
 
-void warmUp(const Network& network)
+void warmUp(const Network& network, int nodes)
 {
     const Built built = build(network);
-    for (int i = 0; i < kWarmUpSolves; ++i)
+    const int solves = nodes <= kWarmUpUpTo ? kWarmUpSolves : 1;
+    for (int i = 0; i < solves; ++i)
         solve(built.circuit);
 }
 
@@ -191,7 +191,7 @@ void timeNetwork(Family family, int nodes, int repeats, bool waits)
 {
     const Network network = bench::generateNetwork(family, nodes);
     Table table(bench::familyName(family), nodes);
-    if (nodes <= kWarmUpUpTo) warmUp(network);
+    warmUp(network, nodes);
     const MemoryMeter memory;
     Table::writeTitle();
     std::string line;
@@ -207,7 +207,7 @@ void timeTenElements(int repeats)
     const Network network = bench::generateNetwork(Family::kGrid, kTenElementNodes);
     Table table("ten", kTenElementNodes);
     Results results;
-    warmUp(network);
+    warmUp(network, kTenElementNodes);
     Table::writeTitle();
     for (int repeat = 1; repeat <= repeats; ++repeat) {
         table.setRepeat(repeat);

@@ -14,7 +14,7 @@ import { createInterface } from "node:readline";
 import { AnalysisStatistic, CountType, NodeProperty, Project, Workspace } from "epanet-js";
 
 const warmUpSolves = 5;
-const warmUpUpTo = 10000; // nodes
+const warmUpUpTo = 10000; // nodes; one solve warms up a larger network
 const sample = 20; // [ms] that the solves of one repeat fill
 const largestDifference = 1e-4; // of the range of heads
 
@@ -61,7 +61,8 @@ function peakMiB() {
 
 async function time(family, nodes, folder, repeats, waits) {
   const project = await openNetwork(join(folder, `${family}-${nodes}.inp`));
-  for (let i = 0; i < warmUpSolves && nodes <= warmUpUpTo; ++i) {
+  const solves = nodes <= warmUpUpTo ? warmUpSolves : 1;
+  for (let i = 0; i < solves; ++i) {
     solve(project);
     project.closeH();
   }
