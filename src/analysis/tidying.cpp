@@ -6,6 +6,7 @@
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "model/Circuit.h"
@@ -86,24 +87,47 @@ bool truncateEnd(Element& element, int end, IdentifierChanges& changes)
 
 }  // namespace
 
-void IdentifierChanges::set(Entity& entity, int property, double value)
+void IdentifierChanges::set(Node& node, int property, double value)
 {
-    const bool wasStored = entity.has(property);
-    m_changes.push_back(
-        {&entity, property, wasStored ? std::optional(entity.properties().text(property)) : std::nullopt});
-    entity.SetProperty(property, value);
+    keepIndexOf(node.circuit());
+    m_changes.push_back({&node, nullptr, property, {}});
+    m_changes.back().former = node.properties().take(property);
+    node.SetProperty(property, value);
+}
+
+void IdentifierChanges::set(Element& element, int property, double value)
+{
+    keepIndexOf(element.circuit());
+    m_changes.push_back({nullptr, &element, property, {}});
+    m_changes.back().former = element.properties().take(property);
+    element.SetProperty(property, value);
 }
 
 void IdentifierChanges::undo()
 {
     for (auto change = m_changes.rbegin(); change != m_changes.rend(); ++change) {
-        Properties& properties = change->entity->properties();
-        if (change->text)
-            properties.setText(change->property, *change->text);
+        if (change->node != nullptr)
+            change->node->properties().putBack(change->property, std::move(change->former));
         else
-            properties.remove(change->property);
+            change->element->properties().putBack(change->property, std::move(change->former));
+    }
+    if (m_circuit != nullptr) m_circuit->restoreIndex(std::move(*m_index));
+    for (const Change& change : m_changes) {
+        if (change.node != nullptr)
+            CircuitIndex::readIdentifiers(*change.node);
+        else
+            CircuitIndex::readIdentifiers(*change.element);
     }
     m_changes.clear();
+    m_circuit = nullptr;
+}
+
+/// Filing anew may need memory, which a change that is taken back may not: the old index is kept for that.
+void IdentifierChanges::keepIndexOf(Circuit& circuit)
+{
+    if (m_circuit != nullptr) return;
+    m_index = circuit.index();
+    m_circuit = &circuit;
 }
 
 bool mendElementIds(Circuit& circuit, IdentifierChanges& changes)

@@ -2,30 +2,38 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <vector>
+
+#include "model/CircuitIndex.h"
+#include "model/Properties.h"
 
 namespace Velcor::Tavell
 {
 
 class Circuit;
-class Entity;
 
-/// Changes of identifiers that can be taken back.
+/// Changes of identifiers of a circuit that can be taken back.
 class IdentifierChanges
 {
 public:
-    /// Stores a number under a property of an entity and remembers what was there.
-    void set(Entity& entity, int property, double value);
-    /// Puts back what was there, the latest change first.
+    /// Store a number under a property and remember what was there.
+    void set(Node& node, int property, double value);
+    void set(Element& element, int property, double value);
+    /// Puts back what was there. Never throws.
     void undo();
 
 private:
     struct Change {
-        Entity* entity;
+        Node* node;        // one of the two is null
+        Element* element;  // likewise
         int property;
-        std::optional<std::string> text;  // none: the property was absent
+        Properties::Former former;
     };
+
+    void keepIndexOf(Circuit& circuit);
+
+    Circuit* m_circuit = nullptr;         // null before the first change
+    std::optional<CircuitIndex> m_index;  // of the circuit, before the first change
     std::vector<Change> m_changes;
 };
 

@@ -68,6 +68,7 @@ void Circuit::GetGravity(double* x, double* y, double* z)
 
 void Circuit::SetGravity(double x, double y, double z)
 {
+    properties().reserve({TAVELL_CIRCUIT_GRAVITY_X, TAVELL_CIRCUIT_GRAVITY_Y, TAVELL_CIRCUIT_GRAVITY_Z});
     const bool xChanged = properties().setNumber(TAVELL_CIRCUIT_GRAVITY_X, x);
     const bool yChanged = properties().setNumber(TAVELL_CIRCUIT_GRAVITY_Y, y);
     const bool zChanged = properties().setNumber(TAVELL_CIRCUIT_GRAVITY_Z, z);
@@ -271,9 +272,9 @@ bool Circuit::hasGrownSince(const Checkpoint& before) const
 void Circuit::rollBack(Checkpoint&& before)
 {
     while (m_nodes.size() > before.nodes)
-        remove(*m_nodes.at(m_nodes.size() - 1));
+        remove(*m_nodes.last());
     while (m_elements.size() > before.elements)
-        remove(*m_elements.at(m_elements.size() - 1));
+        remove(*m_elements.last());
     m_nextNodeId = before.nextNodeId;
     m_nextElementId = before.nextElementId;
     m_hasResults = before.hasResults;

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <unordered_set>
+#include <utility>
 
 #include "CircuitIndex.h"
 #include "Element.h"
@@ -127,6 +128,10 @@ public:
     bool hasGrownSince(const Checkpoint& before) const;
     /// Destroys the nodes and elements added since and restores counters and results.
     void rollBack(Checkpoint&& before);
+
+    /// The look-up by identifiers, and its state from before, when changes are taken back.
+    const CircuitIndex& index() const { return m_index; }
+    void restoreIndex(CircuitIndex&& index) { m_index = std::move(index); }
 
     /// Called by a node or an element whose identifiers changed.
     void refile(Node& node) { m_index.refile(node); }

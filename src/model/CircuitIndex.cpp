@@ -43,34 +43,69 @@ template <class T> bool isMetBefore(const T& object, const T* match)
 
 void CircuitIndex::add(Node& node)
 {
-    node.filing() = filingOf(node);
-    const FiledIdentifier id = node.filing().id;
-    if (id.isReadable)
-        m_nodes.insert(id.value, node);
-    else
-        m_unreadableNodes.emplace(node.sequence(), &node);
+    const NodeFiling filing = filingOf(node);
+    file(node, filing);
+    node.filing() = filing;
 }
 
 void CircuitIndex::remove(const Node& node)
 {
-    const FiledIdentifier id = node.filing().id;
-    if (id.isReadable)
-        m_nodes.erase(id.value, node);
-    else
-        m_unreadableNodes.erase(node.sequence());
+    takeOut(node, node.filing());
 }
 
 void CircuitIndex::refile(Node& node)
 {
-    if (isSame(filingOf(node).id, node.filing().id)) return;
-    remove(node);
-    add(node);
+    const NodeFiling now = filingOf(node);
+    if (isSame(now.id, node.filing().id)) return;
+    // In this order, since filing may fail and taking out does not.
+    file(node, now);
+    takeOut(node, node.filing());
+    node.filing() = now;
+}
+
+void CircuitIndex::file(Node& node, const NodeFiling& filing)
+{
+    if (filing.id.isReadable)
+        m_nodes.insert(filing.id.value, node);
+    else
+        m_unreadableNodes.emplace(node.sequence(), &node);
+}
+
+void CircuitIndex::takeOut(const Node& node, const NodeFiling& filing)
+{
+    if (filing.id.isReadable)
+        m_nodes.erase(filing.id.value, node);
+    else
+        m_unreadableNodes.erase(node.sequence());
 }
 
 void CircuitIndex::add(Element& element)
 {
-    element.filing() = filingOf(element);
-    const ElementFiling& filing = element.filing();
+    const ElementFiling filing = filingOf(element);
+    file(element, filing);
+    element.filing() = filing;
+}
+
+void CircuitIndex::remove(const Element& element)
+{
+    takeOut(element, element.filing());
+}
+
+void CircuitIndex::refile(Element& element)
+{
+    const ElementFiling now = filingOf(element);
+    const ElementFiling filed = element.filing();
+    if (isSame(now.start, filed.start) && isSame(now.end, filed.end)) return;
+    // An element without a readable start is filed by its age, whatever its end is.
+    if (now.start.isReadable || filed.start.isReadable) {
+        file(element, now);
+        takeOut(element, filed);
+    }
+    element.filing() = now;
+}
+
+void CircuitIndex::file(Element& element, const ElementFiling& filing)
+{
     if (!filing.start.isReadable)
         m_unreadableStarts.emplace(element.sequence(), &element);
     else if (!filing.end.isReadable)
@@ -79,9 +114,8 @@ void CircuitIndex::add(Element& element)
         m_elementsByEnds.insert({filing.start.value, filing.end.value}, element);
 }
 
-void CircuitIndex::remove(const Element& element)
+void CircuitIndex::takeOut(const Element& element, const ElementFiling& filing)
 {
-    const ElementFiling& filing = element.filing();
     if (!filing.start.isReadable)
         m_unreadableStarts.erase(element.sequence());
     else if (!filing.end.isReadable)
@@ -90,13 +124,14 @@ void CircuitIndex::remove(const Element& element)
         m_elementsByEnds.erase({filing.start.value, filing.end.value}, element);
 }
 
-void CircuitIndex::refile(Element& element)
+void CircuitIndex::readIdentifiers(Node& node)
 {
-    const ElementFiling now = filingOf(element);
-    const ElementFiling& filed = element.filing();
-    if (isSame(now.start, filed.start) && isSame(now.end, filed.end)) return;
-    remove(element);
-    add(element);
+    node.filing() = filingOf(node);
+}
+
+void CircuitIndex::readIdentifiers(Element& element)
+{
+    element.filing() = filingOf(element);
 }
 
 Node* CircuitIndex::firstNode(int id) const

@@ -33,13 +33,18 @@ struct ElementFiling {
 class CircuitIndex
 {
 public:
-    // File an object, take it out, or file it anew after its identifiers changed. remove never throws.
+    // File an object, take it out, or file it anew after its identifiers changed. When an allocation fails,
+    // nothing has changed; remove never throws.
     void add(Node& node);
     void remove(const Node& node);
     void refile(Node& node);
     void add(Element& element);
     void remove(const Element& element);
     void refile(Element& element);
+
+    /// Note in an object the identifiers that it has, for an index that has it filed under them.
+    static void readIdentifiers(Node& node);
+    static void readIdentifiers(Element& element);
 
     /// The oldest node with this id; null when there is none. Throws as requireReadable.
     Node* firstNode(int id) const;
@@ -48,6 +53,11 @@ public:
     Element* firstElement(int start, int end) const;
 
 private:
+    void file(Node& node, const NodeFiling& filing);
+    void takeOut(const Node& node, const NodeFiling& filing);
+    void file(Element& element, const ElementFiling& filing);
+    void takeOut(const Element& element, const ElementFiling& filing);
+
     using Ends = std::pair<int, int>;  // start and end node id
 
     FirstHolderIndex<int, Node, IdIndex<Node>> m_nodes;

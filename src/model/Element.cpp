@@ -6,6 +6,7 @@
 
 #include "Circuit.h"
 #include "element_curve.h"
+#include "number_text.h"
 #include "property_ids.h"
 
 namespace Velcor::Tavell
@@ -46,8 +47,21 @@ void Element::SwapNodes()
 {
     const int start = startNodeId();
     const int end = endNodeId();
-    SetProperty(TAVELL_ELEMENT_START, end);
-    SetProperty(TAVELL_ELEMENT_END, start);
+    Properties& values = properties();
+    if (isTextOf(values.text(TAVELL_ELEMENT_START), end, kPropertyDigits) &&
+        isTextOf(values.text(TAVELL_ELEMENT_END), start, kPropertyDigits))
+        return;
+
+    // The look-up learns of both ends at once: whatever fails then, neither has changed.
+    values.reserve({TAVELL_ELEMENT_START, TAVELL_ELEMENT_END});
+    values.setListener(nullptr);
+    PropertyChanges changes(values);
+    changes.setNumber(TAVELL_ELEMENT_START, end);
+    changes.setNumber(TAVELL_ELEMENT_END, start);
+    values.setListener(this);
+    m_circuit.refile(*this);
+    changes.keep();
+    Notify(0);
 }
 
 bool Element::UpdateCurveData(int type, const double* flowRates, const double* pressures, int count,
@@ -55,9 +69,12 @@ bool Element::UpdateCurveData(int type, const double* flowRates, const double* p
 {
     if (type != TAVELL_PUMP && type != TAVELL_LOSS) return false;
     if (flowRates == nullptr || pressures == nullptr || count < kFewestCurvePoints) return false;
-    SetType(type);
-    properties().setNumber(TAVELL_ELEMENT_REFERENCE_DENSITY, referenceDensity);
-    storeCurve(flowRates, pressures, count);
+    PropertyChanges changes(properties());
+    changes.setNumber(TAVELL_ELEMENT_MODE, type);
+    changes.setNumber(TAVELL_ELEMENT_REFERENCE_DENSITY, referenceDensity);
+    changes.setText(TAVELL_ELEMENT_FLOW_RATE, curveText(flowRates, count));
+    changes.setText(TAVELL_ELEMENT_PRESSURE, curveText(pressures, count));
+    changes.keep();
     Notify(0);
     return true;
 }

@@ -58,6 +58,7 @@ void Node::GetLocation(double* x, double* y, double* z)
 
 void Node::SetLocation(double x, double y, double z)
 {
+    properties().reserve({TAVELL_NODE_X, TAVELL_NODE_Y, TAVELL_NODE_Z});
     const bool xChanged = properties().setNumber(TAVELL_NODE_X, x);
     const bool yChanged = properties().setNumber(TAVELL_NODE_Y, y);
     const bool zChanged = properties().setNumber(TAVELL_NODE_Z, z);
@@ -76,8 +77,12 @@ int Node::GetType()
 
 void Node::SetConstraint(int constraint, double value)
 {
-    SetProperty(TAVELL_NODE_CONSTRAINT, constraint);
     const int valueProperty = valuePropertyOf(constraint);
+    if (valueProperty == TAVELL_NO_PROPERTY)
+        properties().reserve({TAVELL_NODE_CONSTRAINT});
+    else
+        properties().reserve({TAVELL_NODE_CONSTRAINT, valueProperty});
+    SetProperty(TAVELL_NODE_CONSTRAINT, constraint);
     if (valueProperty != TAVELL_NO_PROPERTY) SetProperty(valueProperty, value);
 }
 

@@ -101,6 +101,9 @@ public:
         return *m_slots.back().object;
     }
 
+    /// The youngest object; null when there is none. Never throws.
+    T* last() const { return m_slots.empty() ? nullptr : m_slots.back().object.get(); }
+
     /// Takes an object of this list out of it; the caller decides when it dies.
     std::unique_ptr<T> release(const T& object)
     {

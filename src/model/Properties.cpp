@@ -110,19 +110,21 @@ std::string Properties::text(int id) const
 bool Properties::setNumber(int id, double value)
 {
     double* stored = find(id);
-    if (stored == nullptr) {
-        insert(id, value);
-        tellListener(id);
-        return true;
+    if (stored != nullptr) {
+        const Text* text = findText(id);
+        const bool isSame = text != nullptr && text->form == Form::kText
+                                ? isTextOf(text->text, value, kPropertyDigits)
+                                : haveSameText(*stored, value);
+        if (isSame) return false;
     }
-    const Text* text = findText(id);
-    const bool isSame = text != nullptr && text->form == Form::kText
-                            ? text->text == formatNumber(value, kPropertyDigits)
-                            : haveSameText(*stored, value);
-    if (isSame) return false;
-    dropText(id);
-    *stored = value;
-    tellListener(id);
+    if (isTold(id)) {
+        changeAndTell(id, [&] { insert(id, value); });
+    } else if (stored == nullptr) {
+        insert(id, value);
+    } else {
+        dropText(id);
+        *stored = value;
+    }
     return true;
 }
 
@@ -134,37 +136,68 @@ bool Properties::setText(int id, std::string_view text)
     // A copy of its own: the argument may be the text that is being replaced.
     const ParsedNumber parsed = parseNumber(text);
     Text ownText{std::string(text), Form::kText, parsed.readability};
-    const bool hasPlace = findText(id) != nullptr;
-    Text& place = rest().texts[id];
-    if (stored != nullptr) {
-        *stored = parsed.value;
-    } else {
-        try {
-            insert(id, parsed.value);
-        } catch (...) {
-            if (!hasPlace) dropText(id);
-            throw;
-        }
-    }
-    place = std::move(ownText);
-    tellListener(id);
+    changeAndTell(id, [&] {
+        insert(id, parsed.value);
+        rest().texts.emplace(id, std::move(ownText));
+    });
     return true;
 }
 
 bool Properties::remove(int id)
 {
+    if (!has(id)) return false;
+    changeAndTell(id, [] {});
+    return true;
+}
+
+void Properties::reserve(std::initializer_list<int> ids)
+{
+    const auto missing = std::count_if(ids.begin(), ids.end(), [this](int id) { return !has(id); });
+    const unsigned needed = countBits(m_present) + static_cast<unsigned>(missing);
+    if (needed > m_capacity) makeRoom(needed + kGrowth);
+}
+
+Properties::Former Properties::take(int id)
+{
+    Former former;
     double* stored = find(id);
-    if (stored == nullptr) return false;
-    dropText(id);
+    if (stored == nullptr) return former;
+    former.m_isStored = true;
+    former.m_value = *stored;
+    if (m_rest != nullptr) former.m_text = m_rest->texts.extract(id);
     const int slot = propertySlot(id);
     if (slot < 0) {
-        m_rest->others.erase(id);
+        former.m_other = m_rest->others.extract(id);
     } else {
         std::copy(stored + 1, m_values + countBits(m_present), stored);
         m_present &= ~bitOf(slot);
     }
-    tellListener(id);
-    return true;
+    return former;
+}
+
+void Properties::putBack(int id, Former former)
+{
+    take(id);
+    if (!former.m_isStored) return;
+    if (former.m_other)
+        m_rest->others.insert(std::move(former.m_other));
+    else
+        insert(id, former.m_value);  // where it was taken from there is room
+    if (former.m_text) m_rest->texts.insert(std::move(former.m_text));
+}
+
+/// Takes a property out, lets change() store it anew and tells the listener; when something of that fails, what
+/// was stored is put back.
+template <typename Change> void Properties::changeAndTell(int id, Change&& change)
+{
+    Former former = take(id);
+    try {
+        change();
+        if (isTold(id)) m_listener->identifiersChanged();
+    } catch (...) {
+        putBack(id, std::move(former));
+        throw;
+    }
 }
 
 bool Properties::setMeta(const char* meta)

@@ -4,11 +4,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "bits.h"
 #include "number_text.h"
@@ -97,8 +99,19 @@ public:
     /// stored. When an allocation fails, nothing has changed.
     bool setNumber(int id, double value);
     bool setText(int id, std::string_view text);
-    /// False when the property is absent.
+    /// False when the property is absent. When an allocation of the listener fails, nothing has changed.
     bool remove(int id);
+
+    /// Makes room for numbers under these ids, which have slots: storing them will not need memory. Identifiers
+    /// that a listener is told about are not among them.
+    void reserve(std::initializer_list<int> ids);
+
+    /// What was stored under an id.
+    class Former;
+    /// Takes a property out and tells no one; gives what was there. Never throws.
+    Former take(int id);
+    /// Puts back what was taken out, in place of what is stored now; tells no one and never throws.
+    void putBack(int id, Former former);
 
     /// Sets the meta string, null counts as ""; true when it differs from the one before.
     bool setMeta(const char* meta);
@@ -118,10 +131,13 @@ private:
         Form form = Form::kNumber;                       // kText: the host's own
         Readability readability = Readability::kNumber;  // of the text
     };
+    using Texts = std::map<int, Text>;
+    using Others = std::map<int, double>;
+
     /// What few sets have.
     struct Rest {
-        std::map<int, Text> texts;     // by id
-        std::map<int, double> others;  // values of ids without a slot; 0.0 when the text is no number
+        Texts texts;    // by id
+        Others others;  // values of ids without a slot; 0.0 when the text is no number
         std::string meta;
     };
 
@@ -146,10 +162,8 @@ private:
     void makeRoom(unsigned count);
     void giveRoomBack();
     void dropText(int id);
-    void tellListener(int id)
-    {
-        if (m_listener != nullptr && isIdentifier(id)) m_listener->identifiersChanged();
-    }
+    bool isTold(int id) const { return m_listener != nullptr && isIdentifier(id); }
+    template <typename Change> void changeAndTell(int id, Change&& change);
 
     std::uint64_t m_present = 0;   // by slot: whether there is a value
     double* m_values = nullptr;    // in ascending order of slot; 0.0 when the text is no number
@@ -157,6 +171,61 @@ private:
     bool m_ownsValues = false;     // m_values is no longer the owner's room
     std::unique_ptr<Rest> m_rest;  // null until it is needed
     IdentifierListener* m_listener = nullptr;
+};
+
+class Properties::Former
+{
+    friend class Properties;
+    bool m_isStored = false;
+    double m_value = 0.0;
+    Texts::node_type m_text;    // empty: it had none
+    Others::node_type m_other;  // of an id without a slot
+};
+
+/// Changes of several properties of a set that are made together: what is not kept is put back.
+class PropertyChanges
+{
+public:
+    explicit PropertyChanges(Properties& properties) : m_properties(properties) {}
+    ~PropertyChanges()
+    {
+        while (m_count > 0) {
+            Change& change = m_changes[--m_count];
+            m_properties.putBack(change.id, std::move(change.former));
+        }
+    }
+    PropertyChanges(const PropertyChanges&) = delete;
+    PropertyChanges& operator=(const PropertyChanges&) = delete;
+
+    /// Store a value; at most kMost of them, none of an identifier that a listener is told about.
+    void setNumber(int id, double value)
+    {
+        replace(id);
+        m_properties.setNumber(id, value);
+    }
+    void setText(int id, std::string_view text)
+    {
+        replace(id);
+        m_properties.setText(id, text);
+    }
+    void keep() { m_count = 0; }
+
+private:
+    static constexpr std::size_t kMost = 4;
+    struct Change {
+        int id = 0;
+        Properties::Former former;
+    };
+
+    void replace(int id)
+    {
+        m_changes[m_count] = {id, m_properties.take(id)};
+        ++m_count;
+    }
+
+    Properties& m_properties;
+    std::array<Change, kMost> m_changes;
+    std::size_t m_count = 0;
 };
 
 }  // namespace Velcor::Tavell

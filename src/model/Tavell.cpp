@@ -14,7 +14,12 @@ void Tavell::Release()
 ICircuit* Tavell::CreateCircuit()
 {
     Circuit& circuit = m_circuits.append(std::make_unique<Circuit>(m_registry));
-    m_registry.circuits.set(&circuit, &circuit);
+    try {
+        m_registry.circuits.set(&circuit, &circuit);
+    } catch (...) {
+        m_circuits.release(circuit);
+        throw;
+    }
     return &circuit;
 }
 

@@ -169,10 +169,7 @@ private:
         while (!receiver.met.empty()) {
             const std::size_t next = *receiver.met.begin();
             receiver.met.erase(receiver.met.begin());
-            const std::size_t before = circuit.nodes().size();
             absorb(receiver, m_participants[next]);
-            for (std::size_t i = before; i < circuit.nodes().size(); ++i)
-                placeNode(receiver, locationKey(*circuit.nodes().at(i)), *circuit.nodes().at(i));
         }
     }
 
@@ -189,16 +186,16 @@ private:
         receiver.nodeAt.set(key, &node);
     }
 
-    void absorb(const Receiver& receiver, Participant& absorbed)
+    void absorb(Receiver& receiver, Participant& participant)
     {
+        const Participant absorbed = std::exchange(participant, {nullptr, {}});
         if (!absorbed.circuit->elements().empty()) copyInto(receiver, absorbed);
         m_system.ReleaseCircuit(absorbed.circuit);
-        absorbed = {nullptr, {}};
     }
 
-    /// Copies the elements of a circuit; when that fails, the receiver is as it was before and the exception
-    /// goes on.
-    void copyInto(const Receiver& receiver, const Participant& absorbed)
+    /// Copies the elements of a circuit and places the new nodes; when that fails, the receiver is as it was
+    /// before and the exception goes on.
+    void copyInto(Receiver& receiver, const Participant& absorbed)
     {
         Absorption::Partners partners;
         std::size_t position = 0;
@@ -209,6 +206,8 @@ private:
         Circuit::Checkpoint before = circuit.checkpoint();
         try {
             Absorption(circuit, *absorbed.circuit, partners).copyElements();
+            for (std::size_t i = before.nodes; i < circuit.nodes().size(); ++i)
+                placeNode(receiver, locationKey(*circuit.nodes().at(i)), *circuit.nodes().at(i));
         } catch (...) {
             circuit.rollBack(std::move(before));
             throw;

@@ -51,15 +51,28 @@ std::uint64_t bitsOf(double value)
     return bits;
 }
 
+/// Room for a sign, a point, an exponent and the zeros of 0.0001 beside the digits.
+using NumberBuffer = std::array<char, 64>;
+
+std::string_view formatInto(NumberBuffer& buffer, double value, int digits)
+{
+    const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                       std::chars_format::general, digits);
+    return {buffer.data(), static_cast<std::size_t>(written.ptr - buffer.data())};
+}
+
 }  // namespace
 
 std::string formatNumber(double value, int digits)
 {
-    // Room for a sign, a point, an exponent and the zeros of 0.0001 beside the digits.
-    std::array<char, 64> buffer;
-    const auto written = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                       std::chars_format::general, digits);
-    return std::string(buffer.data(), written.ptr);
+    NumberBuffer buffer;
+    return std::string(formatInto(buffer, value, digits));
+}
+
+bool isTextOf(std::string_view text, double value, int digits)
+{
+    NumberBuffer buffer;
+    return text == formatInto(buffer, value, digits);
 }
 
 ParsedNumber parseNumber(std::string_view text)

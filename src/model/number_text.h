@@ -24,6 +24,8 @@ struct ParsedNumber {
 /// Text of value in general notation with that many significant digits, as an output stream with this
 /// precision writes it in the "C" locale.
 std::string formatNumber(double value, int digits);
+/// Whether text is what formatNumber makes of value. Needs no memory.
+bool isTextOf(std::string_view text, double value, int digits);
 
 /// The number at the start of text, read as std::strtod reads it in the "C" locale: leading blanks, a sign,
 /// decimal or hexadecimal digits, "inf" and "nan" in any letter case; what follows the number is ignored. A
