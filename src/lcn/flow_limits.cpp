@@ -20,8 +20,8 @@ constexpr double kPressureTolerance = 1e-9;  // [-] of the largest pressure
 constexpr double kReverseTolerance = 1e-6;   // [-] of the average flow
 constexpr double kReopenedFlow = 0.001;      // [-] of the average flow
 constexpr double kBalanceTolerance = 1e-9;   // [-] of the largest flow
-constexpr int kMostReleases = 50;            // of one element: then it stays fixed
-constexpr int kFixedPressures = 0;           // the set that stands for all fixed pressures
+constexpr int kMostReleases = 50;   // of one element: then it stays fixed, and the solve does not converge
+constexpr int kFixedPressures = 0;  // the set that stands for all fixed pressures
 
 double largestPressure(const NodeArray& nodes, const lcnNET_var& var)
 {
@@ -124,6 +124,14 @@ bool FlowLimits::update(const NodeArray& nodes, const ElementArray& elements, co
     return changed;
 }
 
+void FlowLimits::open(Limited& limited, lcnNET_elems& elem, double averageFlow)
+{
+    elem.fix = 0;
+    elem.FlowLimited = 0;
+    elem.Massflow = elem.type == kNonReturn ? kReopenedFlow * averageFlow : elem.FixedFlow / 2.0;
+    ++limited.releases;
+}
+
 bool FlowLimits::release(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
                          double averageFlow)
 {
@@ -131,12 +139,13 @@ bool FlowLimits::release(const NodeArray& nodes, const ElementArray& elements, c
     bool released = false;
     for (Limited& limited : m_limited) {
         lcnNET_elems& elem = elements[limited.element];
-        if (elem.fix == 0 || limited.releases >= kMostReleases) continue;
+        if (elem.fix == 0) continue;
         if (!hasNoReasonToBeFixed(nodes, elements, var, limited.element, tolerance)) continue;
-        elem.fix = 0;
-        elem.FlowLimited = 0;
-        elem.Massflow = elem.type == kNonReturn ? kReopenedFlow * averageFlow : elem.FixedFlow / 2.0;
-        ++limited.releases;
+        if (limited.releases >= kMostReleases) {
+            m_decided = false;
+            continue;
+        }
+        open(limited, elem, averageFlow);
         released = true;
     }
     return released;
@@ -165,7 +174,7 @@ bool FlowLimits::mark(const NodeArray& nodes, const ElementArray& elements, cons
     std::vector<int> marked = fixable(nodes, elements, var, isViolator, worstFirst);
     if (marked.empty()) {
         marked.push_back(worstFirst.front());
-        openSurplus(nodes, elements, var, worstFirst.front());
+        openSurplus(nodes, elements, var, worstFirst.front(), averageFlow);
     }
     for (const int e : marked)
         elements[e].FlowLimited = 1;
@@ -173,10 +182,10 @@ bool FlowLimits::mark(const NodeArray& nodes, const ElementArray& elements, cons
 }
 
 /// The last link of a part is about to be fixed. When the flows that then bound the part do not balance, the
-/// limit of a control valve that feeds the surplus (or draws the deficit) cannot be met: the largest such
-/// valve opens again, and carries less than its limit.
+/// limit of a control valve that feeds the surplus (or draws the deficit) cannot be met, or a shut non-return
+/// element has to make up for what is missing: the one that gets there first opens again.
 void FlowLimits::openSurplus(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
-                             int lastLink)
+                             int lastLink, double averageFlow)
 {
     NodeSets sets(var.NodeTotal);
     for (int i = 1; i <= var.NodeTotal; ++i)
@@ -205,20 +214,31 @@ void FlowLimits::openSurplus(const NodeArray& nodes, const ElementArray& element
     }
     if (!(std::fabs(net) > kBalanceTolerance * largest)) return;
 
-    Limited* surplus = nullptr;
+    // Cut off, the part's pressure rises with a surplus and falls with a deficit until an element has no reason left
+    // to be fixed. The first to get there is the one with the least pressure [Pa] to go.
+    const auto relieves = [&](const lcnNET_elems& elem, int e) {
+        if (elem.type == kControlValve) return inflow(e) * net > 0.0;
+        const int inward = (sets.find(elem.LocalEndNode) == part) - (sets.find(elem.LocalStartNode) == part);
+        return inward * net < 0.0;
+    };
+    const auto pressureToGo = [&](const lcnNET_elems& elem, int e) {
+        if (elem.type == kNonReturn) return -drop(nodes, elem);
+        const double alongFlow = elem.FixedFlow > 0.0 ? drop(nodes, elem) : -drop(nodes, elem);
+        return alongFlow - std::fabs(pressureLoss(nodes, elements, var, e, +1));
+    };
+    Limited* first = nullptr;
+    double least = 0.0;
     for (Limited& limited : m_limited) {
         const lcnNET_elems& elem = elements[limited.element];
-        if (limited.element == lastLink || elem.type != kControlValve || elem.fix == 0) continue;
-        if (limited.releases >= kMostReleases || !(inflow(limited.element) * net > 0.0)) continue;
-        if (surplus == nullptr || std::fabs(inflow(limited.element)) > std::fabs(inflow(surplus->element)))
-            surplus = &limited;
+        if (limited.element == lastLink || elem.fix == 0 || limited.releases >= kMostReleases) continue;
+        if (!relieves(elem, limited.element)) continue;
+        const double toGo = pressureToGo(elem, limited.element);
+        if (first != nullptr && toGo >= least) continue;
+        first = &limited;
+        least = toGo;
     }
-    if (surplus == nullptr) return;
-    lcnNET_elems& valve = elements[surplus->element];
-    valve.fix = 0;
-    valve.FlowLimited = 0;
-    valve.Massflow = valve.FixedFlow / 2.0;
-    ++surplus->releases;
+    if (first == nullptr) return;
+    open(*first, elements[first->element], averageFlow);
 }
 
 void FlowLimits::finish(const ElementArray& elements) const

@@ -49,7 +49,8 @@ private:
               double averageFlow);
 
     void openSurplus(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
-                     int lastLink);
+                     int lastLink, double averageFlow);
+    static void open(Limited& limited, lcnNET_elems& elem, double averageFlow);
 
     std::vector<int> m_valves;  // every control valve and non-return element
     std::vector<Limited> m_limited;
