@@ -75,14 +75,16 @@ Finding& Findings::add(Finding finding)
 {
     m_count.resize(static_cast<std::size_t>(Code::kCount), 0);
     std::size_t& count = m_count[static_cast<std::size_t>(finding.code)];
-    ++count;
-    if (finding.severity == Severity::error) ++m_errorCount;
-    if (count > kMostOfOneCode) {
+    const bool isKept = count < kMostOfOneCode;
+    const bool isError = finding.severity == Severity::error;
+    if (isKept)
+        m_list.push_back(std::move(finding));
+    else
         m_notKept = std::move(finding);
-        return m_notKept;
-    }
-    m_list.push_back(std::move(finding));
-    return m_list.back();
+    // only now: there may have been no memory for it
+    ++count;
+    if (isError) ++m_errorCount;
+    return isKept ? m_list.back() : m_notKept;
 }
 
 void Findings::append(const Findings& others)

@@ -206,9 +206,8 @@ tvkStatus tvkWritePicture(const tvkNetwork* network, const tvkResult* result, co
             if (!kit::writePng(text, scale, png, list)) return TVK_BAD_INPUT;
             text = std::move(png);
         }
-        if (!kit::writeFile(path, text, list)) return TVK_BAD_INPUT;
         kit::warnOfNoColours(solution, picture, path, list);
-        return TVK_OK;
+        return kit::writeFile(path, text, list) ? TVK_OK : TVK_BAD_INPUT;
     });
 }
 

@@ -274,8 +274,11 @@ tvkStatus tvkWriteCsv(const tvkNetwork* network, const char* nodesPath, const ch
         const std::string nodes = &required(nodesPath, "nodesPath");
         const std::string elements = &required(elementsPath, "elementsPath");
         kit::reportCsvLosses(original, list);
-        const bool isWritten = kit::writeFile(nodes, kit::nodesCsv(original), list) &&
-                               kit::writeFile(elements, kit::elementsCsv(original), list);
+        // both before either is written: a shortage of memory leaves the old pair
+        const std::string nodesText = kit::nodesCsv(original);
+        const std::string elementsText = kit::elementsCsv(original);
+        const bool isWritten =
+            kit::writeFile(nodes, nodesText, list) && kit::writeFile(elements, elementsText, list);
         return isWritten ? TVK_OK : TVK_BAD_INPUT;
     });
 }
