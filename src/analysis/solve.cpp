@@ -4,6 +4,7 @@
 #include <map>
 
 #include "feedback_mapping.h"
+#include "floating_point.h"
 #include "lcn/constants.h"
 #include "lcn/errors.h"
 #include "lcn/iteration.h"
@@ -44,6 +45,8 @@ void makePressuresStatic(Network& network)
 
 bool Circuit::Solve(bool energy, bool (*cancel)())
 {
+    const UsualFloatingPoint settings;
+
     if (detailCheckRequested() && !IsSuitableForAnalysis()) return false;
 
     if (!fitsSolver(nodes().size(), elements().size())) return false;

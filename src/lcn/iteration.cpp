@@ -178,16 +178,22 @@ void updateTemperatures(const NodeArray& nodes, const ElementArray& elements, lc
     }
 }
 
-/// Whether every number that a result is made of is finite; a geometry that is not, at an element with a
-/// fixed flow, shows nowhere else.
+/// Whether every number that a result is made of is finite; a geometry that is not, at a node that no
+/// equation knows or at an element with a fixed flow, shows nowhere else. Twice a static pressure, so that
+/// differences are finite, too.
 bool isFinite(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var)
 {
-    for (int i = 1; i <= var.NodeTotal; ++i)
-        if (!std::isfinite(nodes[i].Pressure) || !std::isfinite(nodes[i].Temperature)) return false;
+    for (int i = 1; i <= var.NodeTotal; ++i) {
+        const double staticPressure = nodes[i].Pressure - var.Density * kGravity * nodes[i].Height;
+        if (!std::isfinite(2.0 * staticPressure) || !std::isfinite(nodes[i].Temperature)) return false;
+    }
     for (int e = 1; e <= var.ElemTotal; ++e) {
         const lcnNET_elems& elem = elements[e];
         const double Re = reynolds(elem, viscosity(var, elem.Temperature));
-        if (!std::isfinite(elem.Massflow) || !std::isfinite(Re) || !std::isfinite(elem.Temperature))
+        const double Q = elem.volumeFlow();
+        const double V = std::fabs(elem.Area) < kTiny ? 0.0 : Q / elem.Area;
+        if (!std::isfinite(elem.Massflow) || !std::isfinite(Q) || !std::isfinite(V) || !std::isfinite(Re) ||
+            !std::isfinite(elem.Temperature))
             return false;
     }
     return true;
@@ -325,6 +331,12 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
         const bool temperaturesLag = outOfSweeps && start == NearStart::kFound;
         converged = flowsConverged && settled && minorLossesConverged && temperatures.converged &&
                     !temperaturesLag && !limitsChanged && limits.hasDecided();
+        // the flows have to meet the laws with the viscosities of the temperatures just solved
+        if (converged && var.Energy == 1 && var.ViscosityLaw) {
+            updateFrictionFactors(elements, var, pipes.others());
+            measures.pressureError = measurePressure(nodes, elements, var, dt, pipes);
+            converged = measures.pressureError < var.Concrit;
+        }
     } while (!converged && var.nIter < mostIterations && !stopped && measures.finite && temperatures.finite &&
              unsettledSolves < kMostUnsettledSolves);
 

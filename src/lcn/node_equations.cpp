@@ -240,8 +240,9 @@ void addToNodeEquations(const NodeArray& nodes, const ElementArray& elements, co
         if ((!startFree && !endFree) || elem.LocalStartNode == elem.LocalEndNode) continue;
 
         if (elem.FlowLimited != 0) {
-            if (startFree) applyFlowLimit(elem);
-            if (endFree) applyFlowLimit(elem);
+            // the first call may take over a fixed flow, the second holds it: beside a fixed pressure, too
+            applyFlowLimit(elem);
+            applyFlowLimit(elem);
         }
         ElementEquation part;
         if (elem.fix != 0)

@@ -211,7 +211,7 @@ void setInitialValues(const NodeArray& nodes, const ElementArray& elements, lcnN
         elem.Pressure = startPressure;
         elem.Temperature = var.Tav;
         elem.density = var.Density;
-        elem.Massflow = elem.fix == 1 ? elem.FixedFlow : flow;
+        elem.Massflow = elem.fix == 1 ? elem.FixedFlow : hasLaw(elem.type) ? flow : 0.0;
         softenInnerFixedFlow(nodes, elem);
         if (elem.FlowLimited == 1) var.LimitedFlows = 1;
     }
