@@ -79,7 +79,8 @@ public:
     /// = 1 a circuit that is not suitable for analysis is refused: false, and results and feedback stay as
     /// they were.
     /// energy: solve temperatures too. cancel: called once an iteration, and once a step of the search for
-    /// starting values that a large network begins with, true asks to stop; may be null. It must not change
+    /// starting values that a large network begins with, on the thread of the call, true asks to stop; may be
+    /// null. It must not change
     /// the circuit: a solve during which the circuit changed leaves no results and returns false.
     virtual bool Solve(bool energy, bool (*cancel)() = nullptr) = 0;
     /// One result quantity, TavellResultKey; null for an unknown key or without valid results.

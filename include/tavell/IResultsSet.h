@@ -8,7 +8,7 @@ namespace Velcor::Tavell
 {
 
 /// Ids and values side by side, in order of creation. Valid until the circuit changes, is solved again or
-/// released.
+/// released. Several threads may read the arrays as long as none of them calls an operation (ITavell.h).
 class IResultsSet
 {
 public:

@@ -12,8 +12,27 @@ class IElement;
 class INode;
 
 /// An ordered list of circuits. Made by CreateTavell, given back with Release and never with delete.
-/// One system object and everything in it is used by one thread at a time; two of them may be used on two
-/// threads.
+///
+/// Threads:
+/// - Different system objects may be made, used and released on different threads at the same time. They
+///   share nothing that changes, and no answer depends on what other threads do.
+/// - One system object and everything in it, results and feedback included, is used by one thread at a time,
+///   reading operations too. Arrays and texts that were handed out may be read by several threads until the
+///   next operation on the system object.
+/// - It belongs to no thread: built on one, it may be solved on a second, read and released on a third, when
+///   the host orders these calls, by a lock or by joining a thread.
+/// - The library starts no threads. A solve calls its cancellation callback on the thread that called Solve,
+///   and the callback's answer concerns that solve alone. Solves on several threads may have the same
+///   callback, which then has to be fit for that.
+/// - The variables TAVELL_* (docs/building.md) are read by each call that heeds them. The environment may be
+///   changed between calls, while no thread is in the library. Debug files of solves that run at the same
+///   time overwrite each other; answers do not change.
+/// - The locale of the process is never changed and has no influence on any number or text.
+///
+/// Floating point: a solve computes with rounding to nearest, with subnormal numbers and without traps,
+/// whatever the settings of the calling thread are. Afterwards the settings and the exception flags are as
+/// they were before. The cancellation callback runs in the settings of the solve and has to leave them so.
+/// Other operations run in the settings of the caller.
 class ITavell
 {
 public:

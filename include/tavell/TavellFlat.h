@@ -7,6 +7,9 @@
  * cancellation callback take and give a bool) and a position is an int (a negative one is out of range).
  * Strings and arrays that are returned belong to the object that returned them.
  *
+ * Threads: different systems may be used on different threads at the same time, one system and everything
+ * in it by one thread at a time; ITavell.h has the whole of it.
+ *
  * A number stored as text that is no number makes the operation that reads it throw a C++ exception, which
  * ends a program that has no C++ frame to catch it. Texts get there only through
  * vcIPropertySetSetStringPropertyByName.

@@ -19,6 +19,7 @@
 
 #include "certificate.h"
 #include "findings.h"
+#include "floating_point.h"
 #include "network.h"
 #include "result_file.h"
 #include "solution.h"
@@ -159,6 +160,7 @@ void recordRefusal(tvkFindings* findings, Refusal& refusal) noexcept;
 /// Runs the body of a C function, body(Findings&) -> tvkStatus: every exception ends here.
 template <class Body> tvkStatus guarded(tvkFindings* findings, Body&& body) noexcept
 {
+    const UsualFloatingPoint settings;
     try {
         Findings unheard;
         return body(findings == nullptr ? unheard : findings->list);
@@ -180,6 +182,7 @@ template <class Body> tvkStatus guarded(tvkFindings* findings, Body&& body) noex
 /// Runs the body of a C function that has a plain value as its result; fallback when it fails.
 template <class T, class Body> T guardedValue(T fallback, Body&& body) noexcept
 {
+    const UsualFloatingPoint settings;
     try {
         return body();
     } catch (...) {

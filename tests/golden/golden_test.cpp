@@ -8,12 +8,14 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <locale>
 #include <memory>
 #include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "decimal_comma/c_numbers.h"
 #include "golden/cases.h"
 #include "golden/scratch_directory.h"
 #include "support/networks.h"
@@ -98,6 +100,7 @@ Field realAt(const std::string& line, std::size_t at)
     }
     field.text = line.substr(at, end - at);
     field.isReal = true;
+    const DecimalComma::CNumbers numbers;
     field.value = std::strtod(line.c_str() + from, nullptr);
     field.lastPlace = std::pow(10.0, exponent - static_cast<int>(field.decimals));
     return field;
@@ -284,6 +287,7 @@ double rawPressure(const ScratchDirectory& scratch, const std::string& file, int
         return line.rfind("i  node_no  no_branches", 0) == 0;
     });
     std::istringstream row(*(heading + node));
+    row.imbue(std::locale::classic());
     double value = 0.0;
     for (int column = 1; column <= 6; ++column)
         row >> value;

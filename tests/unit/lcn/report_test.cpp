@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "decimal_comma/c_numbers.h"
 #include "golden/scratch_directory.h"
 #include "lcn/iteration.h"
 #include "lcn/preparation.h"
@@ -492,9 +493,12 @@ TEST(Report, the_factors_of_US_units_are_single_precision_values)
     const double cubicFoot = static_cast<double>(35.314667F);
     const double gallons = static_cast<double>(448.83118F);
     char expected[200];
-    std::snprintf(expected, sizeof expected,
-                  "|  101 |  1   |10  |20  | %9.3lf| %9.3lf| %9.4lf| %9.4lf|  %9.3lf|", 1e6 / inch,
-                  10.0 / inch / 12.0, 1e8 * pound, 1e5 * cubicFoot, 1e5 * cubicFoot * gallons);
+    {
+        const DecimalComma::CNumbers numbers;
+        std::snprintf(expected, sizeof expected,
+                      "|  101 |  1   |10  |20  | %9.3lf| %9.3lf| %9.4lf| %9.4lf|  %9.3lf|", 1e6 / inch,
+                      10.0 / inch / 12.0, 1e8 * pound, 1e5 * cubicFoot, 1e5 * cubicFoot * gallons);
+    }
     EXPECT_NE(reportOf(network).find(expected), string::npos) << expected;
 }
 
@@ -530,7 +534,10 @@ TEST(Report, the_Reynolds_number_in_US_units_has_the_constant_viscosity_whatever
     network.elem(1).Temperature = 350.0;
     const double mu = 2.86e-5 * std::exp((783.8 - 273.15) / (350.0 + 396.8 - 546.3));
     char expected[60];
-    std::snprintf(expected, sizeof expected, "| %11.3lf|    0.400|", 40.0 / mu);
+    {
+        const DecimalComma::CNumbers numbers;
+        std::snprintf(expected, sizeof expected, "| %11.3lf|    0.400|", 40.0 / mu);
+    }
     const string report = reportOf(network);
     EXPECT_EQ(count(report, expected), 1U);
     EXPECT_NE(report.find("|   40000.000|    1.312|"), string::npos);

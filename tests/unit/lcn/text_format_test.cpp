@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "decimal_comma/c_numbers.h"
 #include "golden/scratch_directory.h"
 
 namespace
@@ -25,6 +26,7 @@ using lcn::formatted;
 
 template <typename Value> std::string libraryText(const std::string& form, Value value)
 {
+    const DecimalComma::CNumbers numbers;
     std::array<char, 1024> text{};
     const int length = std::snprintf(text.data(), text.size(), form.c_str(), value);
     return std::string(text.data(), static_cast<std::size_t>(length));

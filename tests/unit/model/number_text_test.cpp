@@ -14,6 +14,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "decimal_comma/c_numbers.h"
 #include "model_fixture.h"
 
 using namespace Velcor::Tavell;
@@ -54,6 +55,7 @@ std::string outcome(const std::string& text)
 /// The same by the C library, with its idea of underflow narrowed to numbers that vanish.
 std::string outcomeByStrtod(const std::string& text)
 {
+    const DecimalComma::CNumbers numbers;
     char* end = nullptr;
     errno = 0;
     const double value = std::strtod(text.c_str(), &end);
