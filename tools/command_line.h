@@ -31,6 +31,7 @@ Command addReportCommand(CLI::App& program);
 Command addDoctorCommand(CLI::App& program);
 Command addVerifyCommand(CLI::App& program);
 Command addFluidsCommand(CLI::App& program);
+Command addSweepCommand(CLI::App& program);
 Command addCompletionCommand(CLI::App& program);
 Command addManualCommand(CLI::App& program);
 

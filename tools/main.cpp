@@ -109,10 +109,10 @@ int run(int argc, char** argv)
     program.footer(kFooter);
     program.require_subcommand(1);
     const std::vector<Command> commands{
-        addSolveCommand(program),  addCheckCommand(program),  addDoctorCommand(program),
-        addReportCommand(program), addImportCommand(program), addConvertCommand(program),
-        addVerifyCommand(program), addFluidsCommand(program), addCompletionCommand(program),
-        addManualCommand(program),
+        addSolveCommand(program),      addCheckCommand(program),  addDoctorCommand(program),
+        addReportCommand(program),     addImportCommand(program), addConvertCommand(program),
+        addVerifyCommand(program),     addFluidsCommand(program), addSweepCommand(program),
+        addCompletionCommand(program), addManualCommand(program),
     };
     try {
         program.parse(argc, argv);
