@@ -250,6 +250,28 @@ struct FailingPart {
     std::string why;
 };
 
+/// A number that differs between the scenarios of a study, as tvkInput has it.
+struct Input {
+    tvkPart part = TVK_NODE;
+    std::string key;
+    std::size_t position = 0;
+};
+
+/// A number that is kept of each scenario, as tvkOutput has it.
+struct Output {
+    tvkPart part = TVK_NODE;
+    std::string quantity;
+    std::size_t position = 0;
+};
+
+/// What became of the scenarios of a study.
+struct Study {
+    std::vector<double> results;     // one row of outputs for each scenario; NaN where there are none
+    std::vector<Status> outcomes;    // of each scenario
+    std::vector<int> iterations;     // steps of each solve
+    std::vector<std::string> texts;  // findings as JSON of each that is not ok, else ""
+};
+
 /// A network of pipes. Movable; copies are made with copy().
 class Network
 {
@@ -445,6 +467,41 @@ public:
 
     /// A solve that did not converge has a Result too; the findings say why it did not.
     Answer<Result> solve(const std::string& options = "", const Progress& progress = {}) const;
+    /// Solves the network once for each row of values, one number for each input; without inputs there is
+    /// nothing to do. A study that was stopped has a value too.
+    Answer<Study> solveMany(const std::vector<Input>& inputs, const std::vector<double>& values,
+                            const std::vector<Output>& outputs, const std::string& options = "",
+                            const Progress& progress = {}) const
+    {
+        const bool isSized = inputs.empty() ? values.empty() : values.size() % inputs.size() == 0;
+        if (!isSized) return {Status::badInput, std::nullopt, Findings()};
+        const std::size_t count = inputs.empty() ? 0 : values.size() / inputs.size();
+        std::vector<tvkInput> given;
+        for (const Input& input : inputs)
+            given.push_back({input.part, input.key.c_str(), input.position});
+        std::vector<tvkOutput> wanted;
+        for (const Output& output : outputs)
+            wanted.push_back({output.part, output.quantity.c_str(), output.position});
+        Findings findings;
+        Study study;
+        study.results.resize(count * outputs.size());
+        study.iterations.resize(count);
+        study.texts.resize(count);
+        std::vector<int> outcomes(count);
+        std::vector<char*> texts(count);
+        const auto status = static_cast<Status>(tvkSolveMany(
+            handle(), options.c_str(), count, given.size(), given.data(), values.data(), wanted.size(),
+            wanted.data(), study.results.data(), outcomes.data(), study.iterations.data(), texts.data(),
+            detail::functionOf(progress), detail::userOf(progress), findings.handle()));
+        for (std::size_t i = 0; i < count; ++i) {
+            const detail::Text owner(texts[i]);
+            if (owner) study.texts[i] = owner.get();
+            study.outcomes.push_back(static_cast<Status>(outcomes[i]));
+        }
+        std::optional<Study> value;
+        if (status == Status::ok || status == Status::cancelled) value = std::move(study);
+        return {status, std::move(value), std::move(findings)};
+    }
     /// What is to be said before a solve.
     Findings examine() const
     {

@@ -22,6 +22,12 @@
  *
  * Threads. Different handles may be used on different threads at the same time. One handle is used by one
  * thread at a time, except that functions that take it as const may run on several threads at once.
+ * A handle belongs to no thread: it may be made on one, used on a second and freed on a third, when a lock or
+ * the joining of a thread orders these calls. A progress function is called on the thread of the call that it
+ * was given to, and stops that call alone. There is no state outside the handles: no answer depends on what
+ * other threads do, on the locale or on what was called before. When several calls write the same path at the
+ * same time, the file is that of one of them, whole. The variables TAVELL_* are read by each call that heeds
+ * them; the environment may be changed between calls, while no thread is in the kit.
  */
 #ifndef TAVELLKIT_H
 #define TAVELLKIT_H
@@ -278,6 +284,54 @@ TVK_API tvkStatus tvkResultExchangeCsv(const tvkResult* result, char** text, tvk
 TVK_API tvkStatus tvkResultText(const tvkResult* result, char** text, tvkFindings* findings);
 TVK_API tvkStatus tvkWriteResult(const tvkResult* result, const char* path, tvkFindings* findings);
 TVK_API tvkStatus tvkReadResult(const char* path, tvkResult** result, tvkFindings* findings);
+
+/* Studies: one network solved many times with other values */
+
+/** What a number of a study belongs to. */
+typedef enum tvkPart { TVK_NODE = 0, TVK_ELEMENT = 1, TVK_NETWORK = 2 } tvkPart;
+
+/** A number that differs between the scenarios of a study. */
+typedef struct tvkInput {
+    int part; /* a tvkPart */
+    /* Of a node or an element: as for tvkSetNodeValues and tvkSetElementValues. Of the network: a JSON pointer
+     * (RFC 6901) into an object in the form of a scenario, in SI units: "/fluid/temperature", "/gravity/2",
+     * "/settings/pressure_datum", "/elements/pump 1/curve/0/1", "/nodes/tap/outlet/mass_flow". */
+    const char* key;
+    size_t position; /* of the node or element; 0 for the network */
+} tvkInput;
+
+/** A number that is kept of each scenario. */
+typedef struct tvkOutput {
+    int part; /* a tvkPart */
+    /* Of a node or an element: as for tvkNodeResults and tvkElementResults. With "min:", "max:", "max_abs:",
+     * "sum:" or "mean:" in front that of all nodes or of all elements together; with "argmin:", "argmax:" or
+     * "argmax_abs:" the position where that value is, the first of equal ones. What is NaN is passed over. Of
+     * the network: "certificate", 1 when its limits are met, else 0, and "iterations". */
+    const char* quantity;
+    size_t position; /* of the node or element; 0 for all together and for the network */
+} tvkOutput;
+
+/** Solves a network many times, on several threads. values: one row of inputCount numbers for each scenario;
+ * NaN leaves what the network has. Every scenario starts from the network as it is and is checked and solved
+ * as by tvkSolve, without the scenarios that the network holds by name: its numbers do not depend on the others,
+ * on the number of threads or on how many scenarios a call has. Of one scenario the inputs are set key by key, in the order in which the keys come first.
+ *
+ * results: one row of outputCount numbers for each scenario, NaN where there are none. outcomes: a tvkStatus
+ * each. iterations: the steps of each solve. texts: the findings of each scenario that is not TVK_OK, as
+ * tvkFindingsJson has them, each to be freed with tvkFreeText; null for the others and for those that were not
+ * begun. outcomes, iterations and texts may be null.
+ *
+ * progress is called on the thread of the call with the number of scenarios that are done: first with 0, from
+ * time to time, and at last with all of them. TVK_OK: all were tried, whatever came of each. TVK_CANCELLED:
+ * progress asked to stop; what is done is there, the other outcomes are TVK_CANCELLED.
+ *
+ * Options: "threads": 1 to 1024, the number of processors without; "time_limit": [s] for each scenario, which
+ * ends as TVK_CANCELLED when it takes longer; "scenario" and "temperatures" as for tvkSolve. */
+TVK_API tvkStatus tvkSolveMany(const tvkNetwork* network, const char* options, size_t scenarios,
+                               size_t inputCount, const tvkInput* inputs, const double* values,
+                               size_t outputCount, const tvkOutput* outputs, double* results, int* outcomes,
+                               int* iterations, char** texts, tvkProgress progress, void* user,
+                               tvkFindings* findings);
 
 /* Checking */
 

@@ -66,6 +66,26 @@ TEST(Hpp, lists_of_sizes_that_do_not_fit_are_refused)
     EXPECT_EQ(1U, network->ends().second[0]);
 }
 
+TEST(Hpp, a_study_has_a_row_for_each_scenario)
+{
+    const auto network = tavell::Network::read(kExample);
+    ASSERT_TRUE(network) << network.findings().text();
+    const std::size_t junction = network->findNode("junction");
+    const auto study =
+        network->solveMany({{TVK_ELEMENT, "diameter", 0}}, {0.3, -1.0, 0.31},
+                           {{TVK_NODE, "pressure", junction}, {TVK_NETWORK, "certificate", 0}});
+    ASSERT_TRUE(study) << study.findings().text();
+    ASSERT_EQ(6U, study->results.size());
+    EXPECT_EQ(tavell::Status::ok, study->outcomes[0]);
+    EXPECT_EQ(tavell::Status::badInput, study->outcomes[1]);
+    EXPECT_EQ("", study->texts[0]);
+    EXPECT_NE(study->texts[1].find("the value is not above 0"), std::string::npos);
+    EXPECT_NE(study->results[0], study->results[4]);
+    EXPECT_TRUE(std::isnan(study->results[2]));
+    EXPECT_FALSE(network->solveMany({{TVK_NODE, "z", 0}, {TVK_NODE, "z", 1}}, {1.0}, {}));
+    EXPECT_EQ(tavell::Status::badInput, network->solveMany({{TVK_NODE, "colour", 0}}, {1.0}, {}).status());
+}
+
 TEST(Hpp, a_copy_is_a_network_of_its_own)
 {
     const auto network = tavell::Network::read(kExample);
