@@ -38,6 +38,8 @@ constexpr double kLeakShare = kGoodMassImbalance;
 constexpr double kHeatlessShare = 1e-6;
 /// [Pa], differences that no measure counts.
 constexpr double kSmallestDifference = 1e-12;
+// [-] of the largest mean pressure
+constexpr double kSmallestPart = 1e-6;
 
 const char* const kComputedK = "a junction loss that the library computes";
 const char* const kFixedFlow = "a fixed flow";
@@ -463,8 +465,19 @@ void addMass(const Network& network, const Checker& checker, Certificate& certif
     certificate.relativeMassImbalance = certificate.massImbalance / checker.meanFlow();
 }
 
+/// The smallest mean pressure [Pa] that a mismatch is measured by. Where the pressure happens to pass through nothing,
+/// its rounding would count as a mismatch.
+double smallestMeanPressure(const Network& network, const Checker& checker)
+{
+    double largest = 0.0;
+    for (const Element& element : network.elements)
+        largest = std::fmax(largest, std::fabs(checker.meanPressure(element)));
+    return kSmallestPart * largest;
+}
+
 void addLaws(const Network& network, const Checker& checker, Certificate& certificate)
 {
+    const double smallestMean = smallestMeanPressure(network, checker);
     std::map<std::string, std::size_t> reasons;
     for (std::size_t i = 0; i < network.elements.size(); ++i) {
         const Element& element = network.elements[i];
@@ -477,7 +490,7 @@ void addLaws(const Network& network, const Checker& checker, Certificate& certif
         ++certificate.elementsChecked;
         double mismatch = std::fabs(checker.lawMismatch(i));
         if (std::isnan(mismatch)) mismatch = std::numeric_limits<double>::infinity();
-        double mean = std::fabs(checker.meanPressure(element));
+        double mean = std::fmax(std::fabs(checker.meanPressure(element)), smallestMean);
         // Curves take no part in the measure of a solve: near a pressure of nothing their own difference
         // counts.
         if (element.kind->hasCurve)

@@ -65,14 +65,17 @@ struct tvkNetwork {
                                                 std::optional<kit::Network>* flawed = nullptr) const;
     /// Takes a changed network.
     void replace(kit::Network network);
-    /// The network to be changed. Names and checks are done anew afterwards.
+    /// The network to be changed in its values. Checks are done anew afterwards.
     kit::Network& edit();
+    /// Appends nodes or elements. One after the other, each costs the same however many there are.
+    void append(std::vector<kit::Node> nodes);
+    void append(std::vector<kit::Element> elements);
 
     const kit::NameIndex& nodeNames() const;
     const kit::NameIndex& elementNames() const;
 
 private:
-    void forget();
+    void forgetNames();
 
     std::shared_ptr<kit::Network> m_own;  // that which may be changed in place; null when there is none
     std::shared_ptr<const kit::Network> m_network;

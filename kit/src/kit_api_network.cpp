@@ -18,6 +18,55 @@
 using kit::guarded;
 using kit::required;
 
+namespace kit
+{
+
+namespace
+{
+
+/// Takes in the names of the objects that are not in the index yet.
+template <class Object> void addNames(NameIndex& names, const std::vector<Object>& objects)
+{
+    for (std::size_t i = names.texts.size(); i < objects.size(); ++i) {
+        names.positions.emplace(objects[i].name, i);
+        names.texts.push_back(objects[i].name.c_str());
+    }
+}
+
+template <class Object>
+const NameIndex& filled(std::unique_ptr<NameIndex>& index, const std::vector<Object>& objects)
+{
+    if (index) return *index;
+    auto names = std::make_unique<NameIndex>();
+    names->texts.reserve(objects.size());
+    names->positions.reserve(objects.size());
+    addNames(*names, objects);
+    index = std::move(names);
+    return *index;
+}
+
+/// Appends objects. Their index grows with them; when they move to other memory, which happens the more rarely the
+/// more there are, it is made anew when it is next asked for.
+template <class Object>
+void append(std::vector<Object>& objects, std::vector<Object> added, std::unique_ptr<NameIndex>& index)
+{
+    const Object* const memory = objects.data();
+    objects.insert(objects.end(), std::make_move_iterator(added.begin()),
+                   std::make_move_iterator(added.end()));
+    std::unique_ptr<NameIndex> names = std::move(index);
+    if (!names || objects.data() != memory) return;
+    try {
+        addNames(*names, objects);
+        index = std::move(names);
+    } catch (const std::bad_alloc&) {
+        // The objects are there; whoever asks for the index next says that there is no memory for it.
+    }
+}
+
+}  // namespace
+
+}  // namespace kit
+
 std::shared_ptr<const kit::Network> tvkNetwork::share() const
 {
     m_isShared.store(true);
@@ -46,7 +95,8 @@ void tvkNetwork::replace(kit::Network network)
     m_network = m_own;
     m_isShared.store(false);
     m_isRead = true;
-    forget();
+    m_checked.reset();
+    forgetNames();
 }
 
 kit::Network& tvkNetwork::edit()
@@ -56,15 +106,25 @@ kit::Network& tvkNetwork::edit()
         m_own = std::make_shared<kit::Network>(*m_network);
         m_network = m_own;
         m_isShared.store(false);
+        forgetNames();
     }
     m_isRead = false;
-    forget();
+    m_checked.reset();
     return *m_own;
 }
 
-void tvkNetwork::forget()
+void tvkNetwork::append(std::vector<kit::Node> nodes)
 {
-    m_checked.reset();
+    kit::append(edit().nodes, std::move(nodes), m_nodeNames);
+}
+
+void tvkNetwork::append(std::vector<kit::Element> elements)
+{
+    kit::append(edit().elements, std::move(elements), m_elementNames);
+}
+
+void tvkNetwork::forgetNames()
+{
     m_nodeNames.reset();
     m_elementNames.reset();
 }
@@ -74,21 +134,6 @@ namespace kit
 
 namespace
 {
-
-template <class Object>
-const NameIndex& filled(std::unique_ptr<NameIndex>& index, const std::vector<Object>& objects)
-{
-    if (index) return *index;
-    auto names = std::make_unique<NameIndex>();
-    names->texts.reserve(objects.size());
-    names->positions.reserve(objects.size());
-    for (const Object& object : objects) {
-        names->positions.emplace(object.name, names->texts.size());
-        names->texts.push_back(object.name.c_str());
-    }
-    index = std::move(names);
-    return *index;
-}
 
 bool endsWith(std::string_view text, std::string_view ending)
 {

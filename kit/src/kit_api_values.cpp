@@ -438,10 +438,7 @@ tvkStatus tvkAddNodes(tvkNetwork* network, size_t count, const char* const* name
                     kit::refuseFor(added[i], "a coordinate is no finite number", "give one");
             }
         }
-        auto& nodes = target.edit().nodes;
-        nodes.reserve(nodes.size() + count);
-        for (kit::Node& node : added)
-            nodes.push_back(std::move(node));
+        target.append(std::move(added));
         return TVK_OK;
     });
 }
@@ -472,10 +469,7 @@ tvkStatus tvkAddElements(tvkNetwork* network, size_t count, const char* const* n
             element.from = from[i];
             element.to = to[i];
         }
-        auto& elements = target.edit().elements;
-        elements.reserve(elements.size() + count);
-        for (kit::Element& element : added)
-            elements.push_back(std::move(element));
+        target.append(std::move(added));
         return TVK_OK;
     });
 }

@@ -30,8 +30,8 @@ using command_test::TemporaryDirectory;
 using command_test::textOf;
 using nlohmann::json;
 
-const std::vector<std::string> kCommands{"solve",   "check",  "doctor", "report",    "import",
-                                         "convert", "verify", "fluids", "sweep", "completion"};
+const std::vector<std::string> kCommands{"solve",   "check",  "doctor", "report", "import",
+                                         "convert", "verify", "fluids", "sweep",  "completion"};
 const std::string kTwoLoops = TAVELL_EXAMPLES "/networks/two_loops.json";
 
 bool isIn(const std::string& part, const std::string& text)
