@@ -33,6 +33,10 @@ class INode;
 /// whatever the settings of the calling thread are. Afterwards the settings and the exception flags are as
 /// they were before. The cancellation callback runs in the settings of the solve and has to leave them so.
 /// Other operations run in the settings of the caller.
+///
+/// Memory: an operation that gets none throws std::bad_alloc, nothing leaks, and everything stays usable. It
+/// has changed nothing, with two exceptions: a solve has dropped the results of the one before, and
+/// MergeCircuits may end between two circuits; the next call goes on.
 class ITavell
 {
 public:

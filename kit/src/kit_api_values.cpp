@@ -182,6 +182,9 @@ enum class ElementPart {
 struct ElementKey {
     ElementPart part = ElementPart::property;
     std::string name;
+    // What the name means in the kind that was asked for last: most calls are about elements of one kind.
+    mutable const ElementKind* kind = nullptr;
+    mutable const NumberKey* number = nullptr;
 };
 
 ElementKey elementKey(const char* key)
@@ -196,23 +199,26 @@ ElementKey elementKey(const char* key)
         {"reference_density", ElementPart::referenceDensity},
     };
     for (const auto& [name, part] : kParts) {
-        if (name == key) return {part, key};
+        if (name == key) return {part, key, nullptr, nullptr};
     }
     for (const std::string& kind : elementKindNames()) {
         for (const NumberKey& number : findElementKind(kind)->numbers) {
-            if (std::string_view(number.key) == key) return {ElementPart::property, key};
+            if (std::string_view(number.key) == key) return {ElementPart::property, key, nullptr, nullptr};
         }
     }
     refuse("elements have no value " + inQuotes(key), "give a key of the network file, such as \"diameter\"");
 }
 
 /// The number of an element's kind; null when the kind has none of that name.
-const NumberKey* findNumber(const Element& element, const std::string& name)
+const NumberKey* findNumber(const Element& element, const ElementKey& key)
 {
+    if (element.kind == key.kind) return key.number;
+    key.kind = element.kind;
+    key.number = nullptr;
     for (const NumberKey& number : element.kind->numbers) {
-        if (number.key == name) return &number;
+        if (number.key == key.name) key.number = &number;
     }
-    return nullptr;
+    return key.number;
 }
 
 double elementValue(const Element& element, const ElementKey& key)
@@ -236,7 +242,7 @@ double elementValue(const Element& element, const ElementKey& key)
     case ElementPart::property:
         break;
     }
-    const NumberKey* number = findNumber(element, key.name);
+    const NumberKey* number = findNumber(element, key);
     return number == nullptr ? kNothing : orNothing(element.property(number->property));
 }
 
@@ -270,7 +276,7 @@ void checkElementValue(const Element& element, const ElementKey& key, double val
         if (!std::isnan(value)) requireAbove0(element, value);
         break;
     case ElementPart::property:
-        if (findNumber(element, key.name) == nullptr)
+        if (findNumber(element, key) == nullptr)
             refuseFor(element, std::string("a ") + element.kind->name + " has no " + inQuotes(key.name),
                       "leave it out");
         break;
@@ -313,7 +319,7 @@ void setElementValue(Element& element, const ElementKey& key, double value)
         element.referenceDensity = optionalOf(value);
         break;
     case ElementPart::property: {
-        const int id = findNumber(element, key.name)->property;
+        const int id = findNumber(element, key)->property;
         if (std::isnan(value))
             removeProperty(element, id);
         else

@@ -319,6 +319,15 @@ TEST_F(Solve, a_text_that_is_no_number_leaves_results_and_feedback_as_they_were)
     EXPECT_EQ(feedback(), ids);
 }
 
+TEST_F(Solve, a_fatal_failure_leaves_no_results_of_the_solve_before)
+{
+    // the text goes past the notifications that drop results: only the solve itself can
+    ASSERT_TRUE(circuit.Solve(false));
+    setText(circuit.GetElement(1)->GetEntity(), "element_end", "99");
+    ASSERT_TRUE(circuit.hasResults());
+    expectFailure({TAVELL_FEEDBACK_NODE_MISSING});
+}
+
 TEST_F(Solve, numbers_that_are_none_or_infinite_end_in_false_with_feedback)
 {
     const double noNumber = std::numeric_limits<double>::quiet_NaN();

@@ -9,6 +9,7 @@
 #include <tavell/INode.h>
 
 #include "circuit_builder.h"
+#include "fluids.h"
 #include "network_for_tests.h"
 
 namespace kit
@@ -242,6 +243,23 @@ TEST(CircuitBuilder, fluid_of_the_table_without_a_temperature_is_that_of_20_degr
     EXPECT_EQ(built->fluid.temperature, 293.15);
     // IAPWS-95: 998.2072 kg/m3 at 20 degC and one atmosphere
     EXPECT_NEAR(built->fluid.density, 998.207, 0.01);
+}
+
+TEST(CircuitBuilder, fluid_of_the_table_brings_the_law_of_its_viscosity)
+{
+    TestNetwork made = line(false);
+    made.network().fluid.name = "propylene glycol";
+    made.network().fluid.temperature = 293.15;
+    made.network().fluid.concentration = 0.3;
+    Findings findings;
+    auto built = buildCircuit(made.network(), findings);
+    ASSERT_TRUE(built) << findings.text();
+    std::string error;
+    const auto values = fluidValues("propylene glycol", 293.15, 0.3, error);
+    ASSERT_TRUE(values) << error;
+    // circuits keep the values of a fluid as they are given through SetProperty
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(built->fluid.viscosityCoefficients[i], values->viscosityCoefficients[i]) << i;
 }
 
 TEST(CircuitBuilder, without_a_fluid_the_library_keeps_its_own)

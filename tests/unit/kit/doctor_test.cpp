@@ -363,6 +363,22 @@ TEST(Doctor, two_pressures_joined_without_resistance_contradict)
     EXPECT_EQ(kit::examine(network).text(), "");
 }
 
+TEST(Doctor, two_pressures_that_differ_by_the_height_between_them_agree)
+{
+    // 0.8 mm of water of 997.4 kg/m3 weigh 7.82 Pa
+    Network network = healthy();
+    addNode(network, "twin", 0, 0, 0.0008);
+    network.nodes[4].boundary = pressureAt(true, 2e5 - 7.82);
+    addPipe(network, "short", 0, 4);
+    EXPECT_EQ(kit::examine(network).text(), "");
+    network.nodes[4].boundary->pressure = 2e5;
+    const Findings findings = kit::examine(network);
+    expectOnly(findings, Code::pressures_across_no_resistance, {"node main", "node twin"});
+    const Finding finding = onlyOf(findings);
+    ASSERT_EQ(finding.numbers.size(), 1U);
+    EXPECT_NEAR(finding.numbers.front().value, 7.82, 0.01);
+}
+
 TEST(Doctor, temperatures_without_their_solve_are_not_used)
 {
     Network network = healthy();
@@ -410,6 +426,13 @@ TEST(Doctor, three_pascals_among_bars_smell_of_bar)
     EXPECT_EQ(kit::examine(network).text(), "") << "0 is the atmosphere";
     network.nodes[2].boundary->pressure = 2e8;
     expectOnly(kit::examine(network), Code::pressure_unlikely, {"node tap 1"});
+}
+
+TEST(Doctor, few_pascals_among_few_pascals_are_meant)
+{
+    Network network = healthy();
+    network.nodes[0].boundary = pressureAt(true, 150.0);
+    EXPECT_EQ(kit::examine(network).text(), "");
 }
 
 TEST(Doctor, a_flow_of_more_than_50_metres_a_second_is_unlikely)

@@ -151,6 +151,24 @@ TEST(Fluids, seawater_density_agrees_with_the_international_equation_of_state)
     EXPECT_LT(relative(valuesOf("seawater", kIcePoint + 25.0).density, 1023.34306), 1e-3);
 }
 
+TEST(Fluids, salt_adds_to_density_what_it_adds_in_the_international_equation_of_state)
+{
+    // What salt adds at 1 atm in the 1980 equation of state (UNESCO Technical Papers in Marine Science 44, 1983), t in
+    // degC, practical salinity S = 1000 s / 1.00472. The two differ by up to 2.3 %, 0.7 of the published 1 kg/m3.
+    const auto added = [](double S, double t) {
+        const double A = 8.24493e-1 + t * (-4.0899e-3 + t * (7.6438e-5 + t * (-8.2467e-7 + t * 5.3875e-9)));
+        const double B = -5.72466e-3 + t * (1.0227e-4 - t * 1.6546e-6);
+        return S * (A + B * std::sqrt(S) + 4.8314e-4 * S);
+    };
+    for (const double S : {10.0, 20.0, 35.0, 40.0}) {
+        for (const double t : {1.0, 10.0, 20.0, 30.0, 40.0}) {
+            const double salt = valuesOf("seawater", kIcePoint + t, 1.00472e-3 * S).density -
+                                valuesOf("seawater", kIcePoint + t, 0.0).density;
+            EXPECT_LT(relative(salt, added(S, t)), 0.025) << S << " at " << t;
+        }
+    }
+}
+
 TEST(Fluids, seawater_without_salt_is_water)
 {
     // The tolerances are the published accuracies of the seawater correlations.

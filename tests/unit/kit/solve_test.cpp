@@ -461,6 +461,28 @@ TEST(SolveNetwork, parts_with_pressures_of_their_own_are_solved_with_a_warning)
     EXPECT_NEAR(solution.massFlow[4], 1.0, 1e-9);
 }
 
+TEST(SolveNetwork, temperatures_that_nothing_holds_back_are_said_to_be_unsettled)
+{
+    // a pumped loop into which 500 W go and out of which nothing takes them: every sweep is warmer than the one before
+    TestNetwork made;
+    made.node("a", {0.0, 0.0, 0.0});
+    made.node("b", {5.0, 0.0, 0.0});
+    made.node("c", {5.0, 5.0, 0.0});
+    made.node("d", {0.0, 5.0, 0.0});
+    made.node("filling", {-1.0, 0.0, 0.0}, pressureAt(2e5));
+    made.curve("pump", TAVELL_PUMP, "a", "b",
+               {{0.0, 2e4}, {1e-4, 1.9e4}, {2e-4, 1.6e4}, {3e-4, 1.1e4}, {4e-4, 4e3}});
+    made.pipe("heater", "b", "c", 0.02, 0.0).heat = Heat{TAVELL_ENERGY_HEAT, 500.0};
+    made.pipe("across", "c", "d", 0.02, 0.0);
+    made.pipe("back", "d", "a", 0.02, 0.0);
+    made.pipe("filling pipe", "filling", "a", 0.02, 0.0);
+    made.network().settings.solvesTemperatures = true;
+    const Solution solution = solveNetwork(made.network());
+    EXPECT_EQ(solution.outcome, Outcome::notConverged);
+    EXPECT_TRUE(hasCode(solution.findings, Code::temperatures_not_settled)) << solution.findings.text();
+    EXPECT_FALSE(hasCode(solution.findings, Code::minor_losses_not_settled)) << solution.findings.text();
+}
+
 TEST(SolveNetwork, network_without_a_pressure_is_refused)
 {
     TestNetwork made;

@@ -8,6 +8,7 @@
 #include <numeric>
 #include <vector>
 
+#include "lcn/element_hydraulics.h"
 #include "unit/support/solver_network.h"
 
 using lcn::NodeEquations;
@@ -280,6 +281,22 @@ TEST(FixedPressureElements, flows_are_settled_and_limits_imposed)
     EXPECT_EQ(network.elem(2).Massflow, 1.0);
     EXPECT_EQ(network.elem(3).fix, 1);
     EXPECT_EQ(network.elem(3).Massflow, 0.0);
+}
+
+TEST(FixedPressureElements, a_pipe_meets_its_law_after_one_update)
+{
+    // its friction factor follows the flow: the repeats stop at a change of 1e-13
+    SolverNetwork network(2);
+    network.add(lcn::kPipe, 1, 2);
+    network.elem(1).rough = 1e-4;
+    network.elem(1).Massflow = 0.1;
+    network.connect();
+    network.fixPressure(1, 150000.0);
+    network.fixPressure(2, 100000.0);
+    lcn::FixedPressureElements between;
+    between.prepare(network.nodes, network.elements, network.var);
+    EXPECT_TRUE(between.update(network.nodes, network.elements, network.var));
+    EXPECT_NEAR(lcn::pressureLoss(network.nodes, network.elements, network.var, 1, +1), 50000.0, 1e-7);
 }
 
 TEST(FirstDifference, one_free_end_moves_in_the_sense_of_its_correction)

@@ -102,6 +102,12 @@ TEST(Friction, colebrook_white_solves_its_equation_over_the_published_range)
               1e-6);
 }
 
+TEST(Friction, colebrook_white_is_settled_to_eight_digits_where_it_settles_slowest)
+{
+    // a smooth pipe at the smallest Re; a search that stopped at a change of 1e-3 would be 1e-7 off
+    EXPECT_NEAR(lcn::colebrookWhite(5e3, 0.0).value() / colebrookByBisection(5e3, 0.0), 1.0, 1e-8);
+}
+
 TEST(Friction, each_explicit_correlation_is_as_close_to_colebrook_as_published)
 {
     EXPECT_LT(largestDistance(lcn::swameeJain, 5e3, 1e8),

@@ -352,6 +352,29 @@ TEST(GlobalGradient, fixed_pressure_that_is_no_number_is_not_found_and_leaves_al
     EXPECT_TRUE(search.isUntouched());
 }
 
+TEST(GlobalGradient, search_that_wanders_to_its_last_step_is_not_found_and_leaves_all_as_it_was)
+{
+    // every third element loses as the 0.3rd power of its flow: Newton's steps overshoot by 1 / 0.3 - 1 = 2.3
+    LargeNetwork network;
+    for (int e = 1; e <= network.inner; e += 3) {
+        network.elem(e).type = lcn::kGeneralLoss;
+        network.elem(e).HWcoeff = 100.0;
+        network.elem(e).Param1 = 1.0;
+        network.elem(e).Param4 = 0.3;
+    }
+    network.prepare();
+    Search search(network);
+    static int steps;
+    steps = 0;
+    const NearStart outcome = search.run([] {
+        ++steps;
+        return false;
+    });
+    EXPECT_EQ(outcome, NearStart::kNotFound);
+    EXPECT_EQ(steps, 20);
+    EXPECT_TRUE(search.isUntouched());
+}
+
 TEST(GlobalGradient, part_without_a_pressure_is_not_found_or_solved)
 {
     LargeNetwork network;

@@ -493,6 +493,30 @@ TEST(Iteration, a_part_without_pressure_is_held_and_the_rest_is_solved)
     EXPECT_EQ(network.nodes[5].Pressure, 1.5e5);
 }
 
+TEST(Iteration, a_part_that_a_limit_cuts_off_during_the_iteration_is_told)
+{
+    // 3 and 4 give 2 kg/s to the flow end 5 and get 1 kg/s through the valve 2 -> 3, once it holds its limit
+    Solved network(6);
+    network.add(lcn::kPipe, 1, 2);
+    network.add(lcn::kPipe, 2, 6);
+    network.add(lcn::kControlValve, 2, 3);
+    network.add(lcn::kPipe, 3, 4);
+    network.add(lcn::kPipe, 4, 5);
+    for (int e = 1; e <= 5; ++e)
+        network.elem(e).rough = 1e-4;
+    network.elem(3).fix = 1;
+    network.elem(3).FixedFlow = 1.0;
+    network.connect();
+    network.fixPressure(1, 2e5);
+    network.fixPressure(6, 1e5);
+    network.fixFlow(5, 2.0);
+    EXPECT_FALSE(network.solve());
+    const auto told = std::find_if(network.var.Messages.begin(), network.var.Messages.end(),
+                                   [](const lcn::Message& message) { return message.id == 701203; });
+    ASSERT_NE(told, network.var.Messages.end());
+    EXPECT_EQ(told->parameters, (std::vector<double>{30.0, -1.0}));
+}
+
 TEST(Iteration, element_pressures_are_brought_up_to_the_solution)
 {
     Row row;

@@ -267,6 +267,17 @@ TEST(JunctionLosses, a_combining_flow_is_measured_against_its_flow_weighted_supp
     EXPECT_NEAR(net.elem(3).k, 0.7032868, 1e-6);
 }
 
+TEST(JunctionLosses, the_supply_is_weighted_by_flow_in_height_too)
+{
+    // as before with up for north, and the outflow at 0.4 m/s up: cosine 0.75, 3.56 - 3.2 cos(0.75 acos 0.75) = 0.81871
+    Junctions net(4);
+    net.addFlow(2, 1, 1.0, kEast);
+    net.addFlow(3, 1, 3.0, kUp);
+    net.addFlow(1, 4, 4.0, kUp);
+    net.addLosses();
+    EXPECT_NEAR(net.elem(3).k, 0.3198093, 1e-6);
+}
+
 TEST(JunctionLosses, opposed_inflows_leave_every_outflow_across_them)
 {
     // the flow-weighted direction cancels: cosine 0, r = 2, K = (4 + 1 - 4 cos(67.5 deg)) / 4 on the outflow

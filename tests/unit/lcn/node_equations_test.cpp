@@ -65,6 +65,24 @@ struct Line : SolverNetwork {
     NodeEquations equations;
 };
 
+/// Three valves in a row of this resistance between fixed pressures of 150 and 50 kPa; both free nodes are at 100 kPa.
+struct ValvesAboutRest : SolverNetwork {
+    explicit ValvesAboutRest(double resistance) : SolverNetwork(4)
+    {
+        for (int i = 1; i <= 3; ++i)
+            elem(add(lcn::kKvValve, i, i + 1)).HWcoeff = resistance;
+        connect();
+        fixPressure(1, 150000.0);
+        fixPressure(4, 50000.0);
+        nodes[2].Pressure = nodes[3].Pressure = 100000.0;
+        equations.size(var);
+    }
+
+    void assemble() { lcn::assembleNodeEquations(nodes, elements, var, kDt, equations); }
+
+    NodeEquations equations;
+};
+
 /// An element of this type with a set limit or target.
 lcnNET_elems limited(int type, double massflow, double fixedFlow, int fix = 0)
 {
@@ -421,6 +439,39 @@ TEST(NodeEquations, storage_is_the_density_change_of_the_last_element_times_half
     network.elem(2).densityOld = 1000.0;
     network.assemble(1.1e10);
     EXPECT_EQ(network.equations.rhs[2], steady);
+}
+
+TEST(NodeEquations, conductances_at_rest_are_a_thousand_times_the_largest_where_1e6_would_drown_all)
+{
+    // 150, 100, 100 and 50 kPa; r2 = 2e16: 1 / (2 sqrt(2e16 x 50000 / 1000)) = 5e-10, and 1e3 x 5e-10 at rest
+    ValvesAboutRest network(2e16);
+    network.assemble();
+    expectNear(network.equations.coef[1], 5e-10);
+    expectNear(network.equations.coef[2], 5e-7);
+    expectNear(network.equations.coef[3], 5e-10);
+    expectNear(network.equations.flowResistance[2], 1000.0 / 5e-7);
+    expectNear(network.equations.diag[2], 5e-10 + 5e-7);
+    expectNear(network.equations.diag[3], 5e-7 + 5e-10);
+}
+
+TEST(NodeEquations, conductances_at_rest_are_1e6_beside_any_of_a_millionth_or_more)
+{
+    // r2 = 2e6: 1 / (2 sqrt(2e6 x 50)) = 5e-5
+    ValvesAboutRest network(2e6);
+    network.assemble();
+    expectNear(network.equations.coef[1], 5e-5);
+    EXPECT_EQ(network.equations.coef[2], 1e6);
+    expectNear(network.equations.diag[2], 1e6 + 5e-5);
+}
+
+TEST(NodeEquations, conductances_at_rest_are_1e6_where_everything_rests)
+{
+    ValvesAboutRest network(2e16);
+    network.nodes[1].Pressure = network.nodes[4].Pressure = 100000.0;
+    network.assemble();
+    for (int e = 1; e <= 3; ++e)
+        EXPECT_EQ(network.equations.coef[static_cast<std::size_t>(e)], 1e6) << e;
+    EXPECT_EQ(network.equations.diag[2], 2e6);
 }
 
 TEST(NodeEquations, equal_pressures_are_listed_for_unfixed_quadratic_elements_only)

@@ -133,3 +133,10 @@ TEST(Ordering, the_root_moves_to_an_end_that_gives_more_levels)
     const std::vector<int> order = lcn::reverseCuthillMcKee(makeGraph(5, {{1, 2}, {1, 3}, {2, 4}, {3, 5}}));
     EXPECT_EQ(order, (std::vector<int>{0, 5, 3, 1, 2, 4}));
 }
+
+TEST(Ordering, a_spur_in_the_middle_is_no_root_although_its_degree_is_smallest)
+{
+    // from 1 there are five levels, and both ends 2 and 8 in the last; from 2 there are seven: 2 3 4 5 | 1 6 | 7 8
+    const Edges edges{{2, 3}, {3, 4}, {4, 5}, {5, 6}, {6, 7}, {7, 8}, {1, 5}};
+    EXPECT_EQ(lcn::reverseCuthillMcKee(makeGraph(8, edges)), (std::vector<int>{0, 8, 7, 6, 1, 5, 4, 3, 2}));
+}

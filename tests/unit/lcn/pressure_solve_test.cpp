@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -184,4 +185,38 @@ TEST(PressureSolve, preparing_again_follows_a_changed_set_of_free_nodes)
     EXPECT_EQ(network.solve(), 0);
     EXPECT_NEAR(network.corrections[2], 2.0, 1e-15);
     EXPECT_EQ(network.corrections[3], 0.0);
+}
+
+TEST(PressureSolve, preparing_again_follows_a_changed_set_in_networks_for_the_fast_factorisation)
+{
+    // a row of unit conductances from the fixed node 1; what enters at the last free node leaves through 1 or, once
+    // node 30 is fixed too, 1/29 there and 28/29 through 30
+    constexpr int kNodes = 30;
+    SolverNetwork network(kNodes);
+    for (int i = 1; i < kNodes; ++i)
+        network.add(lcn::kPipe, i, i + 1);
+    network.connect();
+    network.fixPressure(1, 1e5);
+    NodeEquations equations;
+    equations.size(network.var);
+    std::fill(equations.coef.begin(), equations.coef.end(), 1.0);
+    std::fill(equations.diag.begin(), equations.diag.end(), 2.0);
+    std::vector<double> corrections(kNodes + 1, 0.0);
+    PressureSystem system;
+
+    equations.diag[kNodes] = 1.0;
+    equations.rhs[kNodes] = 1.0;
+    system.prepare(network.nodes, network.elements, network.var);
+    ASSERT_EQ(system.solvePressures(network.var, equations, corrections), 0);
+    for (int i = 1; i <= kNodes; ++i)
+        EXPECT_NEAR(corrections[static_cast<std::size_t>(i)], i - 1.0, 1e-12) << i;
+
+    network.fixPressure(kNodes, 1e5);
+    equations.rhs[kNodes] = 0.0;
+    equations.rhs[kNodes - 1] = 1.0;
+    system.prepare(network.nodes, network.elements, network.var);
+    ASSERT_EQ(system.solvePressures(network.var, equations, corrections), 0);
+    for (int i = 1; i < kNodes; ++i)
+        EXPECT_NEAR(corrections[static_cast<std::size_t>(i)], (i - 1.0) / 29.0, 1e-14) << i;
+    EXPECT_EQ(corrections[kNodes], 0.0);
 }

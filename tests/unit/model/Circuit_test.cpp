@@ -250,6 +250,13 @@ TEST_F(CircuitTest, an_element_needs_two_places)
     EXPECT_NE(newPipe(circuit, a, c), nullptr) << "just beyond 1e-13 in single precision";
 }
 
+TEST_F(CircuitTest, ends_may_be_apart_along_any_one_axis)
+{
+    EXPECT_NE(newPipe(circuit, newNode(circuit, 1.0), newNode(circuit, 2.0)), nullptr);
+    EXPECT_NE(newPipe(circuit, newNode(circuit, 1.0, 3.0), newNode(circuit, 1.0, 4.0)), nullptr);
+    EXPECT_NE(newPipe(circuit, newNode(circuit, 1.0, 3.0, 5.0), newNode(circuit, 1.0, 3.0, 6.0)), nullptr);
+}
+
 TEST_F(CircuitTest, places_that_are_no_numbers_do_not_coincide)
 {
     a.SetLocation(kNan, 0.0, 0.0);

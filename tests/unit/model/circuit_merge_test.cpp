@@ -418,6 +418,17 @@ TEST_F(Merge, growth_drops_the_results_of_the_receiver)
     EXPECT_TRUE(circuit.results().empty());
 }
 
+TEST_F(Merge, a_circuit_that_brings_only_duplicates_leaves_the_receiver_its_results)
+{
+    newPipe(circuit, 1.0, 2.0);
+    newPipe(second, 1.0, 2.0);
+    pretendResults(circuit);
+    system.MergeCircuits();
+    EXPECT_EQ(system.GetNoCircuits(), 1U);
+    EXPECT_TRUE(circuit.hasResults());
+    EXPECT_EQ(circuit.results().size(), 1U);
+}
+
 TEST_F(Merge, an_unreadable_place_throws_before_anything_changes)
 {
     Circuit& third = newCircuit();
