@@ -289,6 +289,7 @@ void Editor::releaseDeadEnd(Edited& edited)
 
 void Editor::changePipe(Edited& edited)
 {
+    if (edited.elements.empty()) return;
     const auto which = static_cast<std::size_t>(below(static_cast<int>(edited.elements.size())));
     support::ElementData& data = edited.record.elements[which];
     data.diameter = between(0.02, 0.3);
