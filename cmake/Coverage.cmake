@@ -14,6 +14,21 @@ target_compile_definitions(tavell_coverage_objects PRIVATE TAVELL_STATIC)
 target_compile_options(tavell_coverage_objects PRIVATE -O0 --coverage)
 set_target_properties(tavell_coverage_objects PROPERTIES POSITION_INDEPENDENT_CODE ON EXCLUDE_FROM_ALL ON)
 
+# The kit in the same way.
+if(TARGET tavellkit_objects)
+    add_library(tavellkit_coverage_objects OBJECT $<TARGET_PROPERTY:tavellkit_objects,SOURCES>)
+    tavell_target_defaults(tavellkit_coverage_objects)
+    target_include_directories(tavellkit_coverage_objects
+                               PRIVATE $<TARGET_PROPERTY:tavellkit_objects,INCLUDE_DIRECTORIES>)
+    target_compile_definitions(tavellkit_coverage_objects PRIVATE TAVELLKIT_STATIC TAVELL_STATIC
+                               $<TARGET_PROPERTY:tavellkit_objects,COMPILE_DEFINITIONS>)
+    target_link_libraries(tavellkit_coverage_objects PRIVATE tavellkit_json)
+    # warnings are those of the objects that they repeat
+    target_compile_options(tavellkit_coverage_objects PRIVATE -O0 --coverage -w)
+    set_target_properties(tavellkit_coverage_objects PROPERTIES POSITION_INDEPENDENT_CODE ON EXCLUDE_FROM_ALL ON)
+    add_dependencies(tavellkit_coverage_objects tavellkit_objects)
+endif()
+
 add_custom_target(coverage)
 
 # The tests of the exported functions load a shared library; the one source that does so is compiled for this one.
@@ -39,7 +54,11 @@ function(tavell_add_coverage)
         if(NOT TARGET ${test})
             continue()
         endif()
-        add_executable(${test}_coverage EXCLUDE_FROM_ALL $<TARGET_OBJECTS:${test}>
+        set(kitObjects "")
+        if(test STREQUAL unit_kit)
+            set(kitObjects $<TARGET_OBJECTS:tavellkit_coverage_objects>)
+        endif()
+        add_executable(${test}_coverage EXCLUDE_FROM_ALL $<TARGET_OBJECTS:${test}> ${kitObjects}
                                                          $<TARGET_OBJECTS:tavell_coverage_objects>)
         target_link_options(${test}_coverage PRIVATE --coverage)
         target_link_libraries(${test}_coverage PRIVATE $<TARGET_PROPERTY:${test},LINK_LIBRARIES>)

@@ -23,15 +23,17 @@ constexpr const char* kPython = "python";
 constexpr const char* kPython = "python3";
 #endif
 
-/// python -m tavell.sweep, with one line for people when the package is missing.
+/// python -m tavell.sweep, with one line for people when the package or what it needs is missing.
 constexpr const char* kProgram =
-    "import importlib.util, runpy, sys\n"
-    "if importlib.util.find_spec('tavell') is None:\n"
-    "    sys.stderr.write('tavell: the Python package tavell is not installed for ' + sys.executable + '; "
-    "install "
-    "its wheel with \"pip install\", or name another interpreter in TAVELL_PYTHON\\n')\n"
+    "import sys\n"
+    "try:\n"
+    "    import tavell.sweep\n"
+    "except ImportError as error:\n"
+    "    why = (str(error).splitlines() or [''])[0]\n"
+    "    sys.stderr.write('tavell: ' + sys.executable + ' cannot use the Python package tavell: ' + why + "
+    "'; install its wheel with \"pip install\", or name another interpreter in TAVELL_PYTHON\\n')\n"
     "    sys.exit(2)\n"
-    "runpy.run_module('tavell.sweep', run_name='__main__', alter_sys=True)\n";
+    "sys.exit(tavell.sweep.main())\n";
 
 #ifdef _WIN32
 /// An argument as programs of the C library take it from a command line.
@@ -60,6 +62,7 @@ int becomePython(const std::vector<std::string>& arguments)
         word = windowsQuoted(word);
 #endif
     std::vector<const char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (const std::string& word : words)
         pointers.push_back(word.c_str());
     pointers.push_back(nullptr);
@@ -90,9 +93,9 @@ Command addSweepCommand(CLI::App& program)
     command->set_help_flag("--help", "Print this help message and exit");
     command->prefix_command();
     setExamples(*command,
-                {"tavell sweep plan examples/networks/hanoi.tavell.json --kind failures -o failures.json",
-                 "tavell sweep run failures.json --out failures",
-                 "tavell sweep collect failures.json --out failures"},
+                {"tavell sweep plan examples/networks/hanoi.tavell.json --scenarios 100 -o demand.json",
+                 "tavell sweep run demand.json --out demand",
+                 "tavell sweep collect demand.json --out demand"},
                 "0 done, 1 scenarios failed or are missing, 2 bad input or usage, 3 internal error.");
     return {command, [step, command] {
                 std::vector<std::string> arguments{*step};

@@ -74,7 +74,10 @@ TEST(Help, of_every_command_has_examples_that_work_when_pasted)
                                      "; } >/dev/null 2>" + shellQuoted(errors);
             const int raw = std::system(line.c_str());
             const std::string said = textOf(errors);
-            EXPECT_TRUE(raw == 0 || isIn("[report-not-built]", said)) << example << '\n' << said;
+            // Studies are those of a Python package, which this machine may lack.
+            const bool lacksPython = isIn("tavell sweep", example) && isIn("TAVELL_PYTHON", said);
+            EXPECT_TRUE(raw == 0 || lacksPython || isIn("[report-not-built]", said)) << example << '\n'
+                                                                                     << said;
         }
         if (i < kCommands.size()) arguments = {kCommands[i], "--help"};
     }

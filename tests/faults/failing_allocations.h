@@ -5,8 +5,29 @@
 #include <cstddef>
 #include <new>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define TAVELL_IS_SANITIZED true
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TAVELL_IS_SANITIZED true
+#endif
+#endif
+#ifndef TAVELL_IS_SANITIZED
+#define TAVELL_IS_SANITIZED false
+#endif
+
 namespace faults
 {
+
+/// Sanitized programs are many times slower and look for other things than counts: they take fewer steps.
+constexpr bool kIsSanitized = TAVELL_IS_SANITIZED;
+
+/// The allocation to fail after the nth: each one up to a number, then steps that grow by a part of what was tried.
+constexpr std::size_t stepAfter(std::size_t nth, std::size_t eachUpTo, std::size_t part)
+{
+    const std::size_t each = kIsSanitized && eachUpTo > 50 ? 50 : eachUpTo;
+    return nth < each ? nth + 1 : nth + 1 + nth / (kIsSanitized ? 3 : part);
+}
 
 /// Which allocations fail, from the chosen one on.
 enum class Mode {

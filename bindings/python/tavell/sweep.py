@@ -72,7 +72,9 @@ def _parser() -> argparse.ArgumentParser:
         each.add_argument("plan", metavar="PLAN")
         each.add_argument("--out", required=True, metavar="DIR", help="the folder of the study")
     collecting.add_argument("--format", choices=("csv", "parquet"), default="csv")
-    collecting.add_argument("-o", "--output", metavar="TABLE", help="default: DIR/table.csv or DIR/table.parquet")
+    collecting.add_argument(
+        "-o", "--output", metavar="TABLE", help="default: DIR/table.csv or DIR/table.parquet"
+    )
     collecting.add_argument("--partial", action="store_true", help="though rows are missing")
     collecting.add_argument("--summary", metavar="FOLDER", help="write numbers, plots and a page there")
     return parser
@@ -93,7 +95,9 @@ def _starting_plan(network: Network, path: str, arguments: argparse.Namespace) -
         key = _demand_key(network)
         content["scenarios"] = arguments.scenarios
         draw = {"distribution": "normal", "mean": 1.0, "sd": 0.1, "truncate": [0.5, 1.5]}
-        content["vary"] = [{"name": "demand", "nodes": "*", "key": key, "as": "factor", "each": True, "draw": draw}]
+        content["vary"] = [
+            {"name": "demand", "nodes": "*", "key": key, "as": "factor", "each": True, "draw": draw}
+        ]
     content["record"] = [
         {"name": "lowest pressure", "nodes": "*", "quantity": "min:pressure"},
         {"name": "lowest at", "nodes": "*", "quantity": "argmin:pressure"},
@@ -109,7 +113,9 @@ def _demand_key(network: Network) -> str:
     for key in ("outlet/mass_flow", "outlet/volume_flow"):
         if (network.node_values(key) == network.node_values(key)).any():
             return key
-    raise StudyError("no node of the network has an outlet with a flow to vary; take --kind failures, or write a plan")
+    raise StudyError(
+        "no node of the network has an outlet with a flow to vary; take --kind failures, or write a plan"
+    )
 
 
 def _plan(arguments: argparse.Namespace) -> int:
@@ -213,25 +219,31 @@ def _run(arguments: argparse.Namespace) -> int:
 
 def _run_on_dask(plan: Plan, arguments: argparse.Namespace, bar: _Bar) -> Any:
     try:
-        from distributed import Client, LocalCluster
+        import distributed
     except ImportError as error:
-        raise StudyError("--dask needs the Python package distributed; install it, or leave --dask out") from error
+        raise StudyError(
+            "--dask needs the Python package distributed; install it, or leave --dask out"
+        ) from error
+    make_client: Any = distributed.Client
+    make_cluster: Any = distributed.LocalCluster
     if arguments.dask:
         try:
-            client = Client(arguments.dask, timeout=10)
+            client = make_client(arguments.dask, timeout=10)
         except (OSError, ValueError) as error:
             raise StudyError(f"there is no scheduler of dask at {arguments.dask}: {error}") from error
         with client:
             return run(plan, arguments.out, client=client, time_limit=arguments.time_limit, on_report=bar)
-    with LocalCluster(n_workers=arguments.threads, threads_per_worker=1, dashboard_address=None) as cluster:
-        with Client(cluster) as client:
+    with make_cluster(n_workers=arguments.threads, threads_per_worker=1, dashboard_address=None) as cluster:
+        with make_client(cluster) as client:
             return run(plan, arguments.out, client=client, time_limit=arguments.time_limit, on_report=bar)
 
 
 def _status(arguments: argparse.Namespace) -> int:
     plan = Plan.read(arguments.plan)
     state = status(plan, arguments.out)
-    print(f"{state.done} of {state.rows} scenarios are finished, in {state.blocks} files; {state.failed} failed")
+    print(
+        f"{state.done} of {state.rows} scenarios are finished, in {state.blocks} files; {state.failed} failed"
+    )
     if state.rate > 0.0:
         print(f"{state.rate:.1f} scenarios a second")
     for start, end in state.missing[:10]:

@@ -30,10 +30,14 @@ std::vector<Writing> writings()
     const std::string network = std::string(TAVELL_EXAMPLES) + "/networks/two_loops.json";
     const std::string inp = std::string(TAVELL_EXAMPLES) + "/networks/village.inp";
     return {
-        {".txt", {"solve", network, "-o"}},       {".result", {"solve", network, "--result"}},
-        {".csv", {"solve", network, "--csv"}},    {".html", {"report", network, "-o"}},
-        {".json", {"import", inp, "-o"}},         {".tavell.json", {"convert", network, "-o"}},
-        {".vtu", {"convert", network, "-o"}},     {".geojson", {"convert", network, "-o"}},
+        {".txt", {"solve", network, "-o"}},
+        {".result", {"solve", network, "-o", "/dev/null", "--result"}},
+        {".csv", {"solve", network, "-o", "/dev/null", "--csv"}},
+        {".html", {"report", network, "-o"}},
+        {".json", {"import", inp, "-o"}},
+        {".tavell.json", {"convert", network, "-o"}},
+        {".vtu", {"convert", network, "-o"}},
+        {".geojson", {"convert", network, "-o"}},
         {".graphml", {"convert", network, "-o"}},
     };
 }

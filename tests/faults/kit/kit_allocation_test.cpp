@@ -356,6 +356,30 @@ TEST(KitAllocations, solves_end_with_a_result_or_without)
                            }});
 }
 
+/// Three solves on this thread; the worst of their outcomes.
+tvkStatus solveThree(KitWorld& world)
+{
+    const tvkInput input{TVK_ELEMENT, "roughness", 2};
+    const std::array<tvkOutput, 2> outputs{{{TVK_NODE, "min:pressure", 0}, {TVK_NETWORK, "certificate", 0}}};
+    const std::array<double, 3> values{1e-5, 1e-4, std::numeric_limits<double>::quiet_NaN()};
+    std::array<double, 6> results{};
+    std::array<int, 3> outcomes{};
+    std::array<char*, 3> texts{};
+    tvkStatus status = tvkSolveMany(world.network, R"({"threads": 1})", values.size(), 1, &input,
+                                    values.data(), outputs.size(), outputs.data(), results.data(),
+                                    outcomes.data(), nullptr, texts.data(), nullptr, nullptr, world.findings);
+    for (char* const text : texts)
+        tvkFreeText(text);
+    for (const int outcome : outcomes)
+        if (status == TVK_OK && outcome != TVK_OK) status = static_cast<tvkStatus>(outcome);
+    return status;
+}
+
+TEST(KitAllocations, solves_of_many_scenarios_end_with_an_outcome_each)
+{
+    failAtEveryAllocation({"many", withNetwork, solveThree});
+}
+
 TEST(KitAllocations, unknown_scenario_is_refused_or_memory_ran_out)
 {
     failAtEveryAllocation({"unknown scenario", withScenarios,
@@ -407,6 +431,10 @@ TEST(KitAllocations, results_are_told_or_memory_ran_out)
 
 TEST(KitAllocations, plain_answers_are_given_or_their_fallback)
 {
+    {
+        KitWorld warmsUp;
+        withResult(warmsUp);
+    }
     for (const Mode mode : kModes) {
         bool isHit = true;
         for (std::size_t nth = 1; isHit; ++nth) {

@@ -213,7 +213,7 @@ void failAtEveryAllocation(const KitCase& tested)
         std::size_t nth = 1;
         while (trial.isHit && trial.isGood && nth < kMostAllocations) {
             trial = tryOnce(tested, expected, nth, mode);
-            nth += nth < tested.eachUpTo ? 1 : 1 + nth / kGrowth;
+            nth = stepAfter(nth, tested.eachUpTo, kGrowth);
         }
         EXPECT_LT(nth, kMostAllocations) << "the call never ends";
     }

@@ -130,7 +130,8 @@ def solve_many(
     numbers = np.ascontiguousarray(values, dtype=np.float64)
     if numbers.ndim != 2 or numbers.shape[1] != len(inputs):
         raise refusal(
-            f"the values have the shape {numbers.shape} for {len(inputs)} inputs", "give one row for each scenario"
+            f"the values have the shape {numbers.shape} for {len(inputs)} inputs",
+            "give one row for each scenario",
         )
     count = len(numbers)
     rows = Rows(

@@ -71,7 +71,11 @@ class _Table:
 
     def numbers(self, start: int, rows: Rows) -> Tuple[Floats, Floats]:
         """What varies and the limits of rows."""
-        drawn = self.plan.drawn(start, start + len(rows.results))[1] if self.inputs else np.zeros((len(rows.results), 0))
+        drawn = (
+            self.plan.drawn(start, start + len(rows.results))[1]
+            if self.inputs
+            else np.zeros((len(rows.results), 0))
+        )
         return drawn, self.plan.flags(rows.results)
 
     def lines(self, start: int, rows: Rows) -> Iterator[str]:
@@ -142,7 +146,9 @@ def parquet_engine() -> str:
     for name in ("pyarrow", "fastparquet"):
         if importlib.util.find_spec(name) is not None:
             return name
-    raise StudyError("Parquet needs the Python package pyarrow or fastparquet; install one, or take --format csv")
+    raise StudyError(
+        "Parquet needs the Python package pyarrow or fastparquet; install one, or take --format csv"
+    )
 
 
 def write_table(
@@ -174,7 +180,9 @@ def write_table(
     _replace(target, content())
 
 
-def write_findings(plan: Plan, out: Union[str, "os.PathLike[str]"], path: Union[str, "os.PathLike[str]"]) -> int:
+def write_findings(
+    plan: Plan, out: Union[str, "os.PathLike[str]"], path: Union[str, "os.PathLike[str]"]
+) -> int:
     """Writes all findings of the rows that are not ok, one JSON object a line; the answer is their number."""
     count = 0
 
@@ -192,5 +200,3 @@ def write_findings(plan: Plan, out: Union[str, "os.PathLike[str]"], path: Union[
 
     _replace(pathlib.Path(path), content())
     return count
-
-

@@ -8,11 +8,11 @@ from __future__ import annotations
 
 import os
 import time
-from typing import Any, Dict, Optional, Tuple, Union
+from typing import IO, Any, Dict, Optional, Tuple, Union
 
 from ._batch import Rows
 from ._plan import Plan, StudyError
-from ._run import OnReport, Outcome, _Run
+from ._run import OnReport, Outcome, _Run, supervise
 from ._store import Range, Store
 from ._worker import solve_range
 
@@ -49,8 +49,11 @@ class _DaskRun(_Run):
 
 
 class _Driver:
-    def __init__(self, store: Store, client: Any, time_limit: Optional[float], run: _DaskRun) -> None:
+    def __init__(
+        self, store: Store, lock: IO[bytes], client: Any, time_limit: Optional[float], run: _DaskRun
+    ) -> None:
         self._store = store
+        self._lock = lock
         self._client = client
         self._time_limit = time_limit
         self._run = run
@@ -59,7 +62,9 @@ class _Driver:
         self._tasks: Dict[Any, Range] = {}
 
     def drive(self) -> None:
-        from distributed import wait
+        import distributed
+
+        wait: Any = distributed.wait
 
         self._fill()
         while self._tasks:
@@ -111,8 +116,8 @@ class _Driver:
             raise self._lost(ConnectionError())
         try:
             solved, seconds = task.result(timeout=60)
-        except KilledWorker as error:
-            self._crashed(rows, error)
+        except KilledWorker:
+            self._solve_here(rows)
             return
         except StudyError:
             raise
@@ -122,9 +127,12 @@ class _Driver:
         self._store.write(rows[0], rows[1], solved, seconds)
         self._run.finished(rows, seconds, int((solved.outcomes != 0).sum()))
 
-    def _crashed(self, rows: Range, error: Any) -> None:
-        """Several workers died of these rows, or beside them."""
-        self._run.crashed(rows, "workers of dask died of it")
+    def _solve_here(self, rows: Range) -> None:
+        """Several workers died that had these rows to solve, of them or for other reasons: a process of this
+        machine solves them and finds the row that ends it, if there is one."""
+        own = _Run(self._store, rows, None)
+        supervise(own, self._store, self._lock, threads=1, time_limit=self._time_limit)
+        self._run.finished(rows, 0.0, own.outcome.failed)
 
 
 def run_on_dask(
@@ -139,14 +147,12 @@ def run_on_dask(
     store = Store(out, plan)
     store.open()
     wanted = (0, plan.count)
-    with store.lock(wanted):
+    with store.lock(wanted) as lock:
         run = _DaskRun(store, wanted, on_report)
-        driver = _Driver(store, client, time_limit, run)
+        driver = _Driver(store, lock, client, time_limit, run)
         try:
             driver.drive()
         except BaseException:
             driver.cancel()
             raise
     return run.outcome
-
-

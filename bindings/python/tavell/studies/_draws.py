@@ -57,8 +57,9 @@ def log(x: Floats) -> Floats:
     is_low = m < math.sqrt(0.5)
     m = np.where(is_low, m * 2.0, m)
     exponent = np.where(is_low, e - 1, e).astype(np.float64)
-    s = (m - 1.0) / (m + 1.0)
-    series = _polynomial([2.0 / n for n in range(23, 0, -2)], s * s)
+    s: Floats = (m - 1.0) / (m + 1.0)
+    square: Floats = s * s
+    series = _polynomial([2.0 / n for n in range(23, 0, -2)], square)
     value: Floats = exponent * _LN2_HIGH + (s * series + exponent * _LN2_LOW)
     return value
 
@@ -74,16 +75,48 @@ def exp(x: Floats) -> Floats:
 
 # Wichura (1988), algorithm AS 241, PPND16: numerators and denominators, the highest power first.
 _CENTRE = (
-    [2509.0809287301226727, 33430.575583588128105, 67265.770927008700853, 45921.953931549871457,
-     13731.693765509461125, 1971.5909503065514427, 133.14166789178437745, 3.387132872796366608],
-    [5226.495278852545925, 28729.085735721942674, 39307.89580009271061, 21213.794301586595867,
-     5394.1960214247511077, 687.1870074920579083, 42.313330701600911252, 1.0],
+    [
+        2509.0809287301226727,
+        33430.575583588128105,
+        67265.770927008700853,
+        45921.953931549871457,
+        13731.693765509461125,
+        1971.5909503065514427,
+        133.14166789178437745,
+        3.387132872796366608,
+    ],
+    [
+        5226.495278852545925,
+        28729.085735721942674,
+        39307.89580009271061,
+        21213.794301586595867,
+        5394.1960214247511077,
+        687.1870074920579083,
+        42.313330701600911252,
+        1.0,
+    ],
 )
 _MIDDLE = (
-    [7.7454501427834140764e-4, 0.0227238449892691845833, 0.24178072517745061177, 1.27045825245236838258,
-     3.64784832476320460504, 5.7694972214606914055, 4.6303378461565452959, 1.42343711074968357734],
-    [1.05075007164441684324e-9, 5.475938084995344946e-4, 0.0151986665636164571966, 0.14810397642748007459,
-     0.68976733498510000455, 1.6763848301838038494, 2.05319162663775882187, 1.0],
+    [
+        7.7454501427834140764e-4,
+        0.0227238449892691845833,
+        0.24178072517745061177,
+        1.27045825245236838258,
+        3.64784832476320460504,
+        5.7694972214606914055,
+        4.6303378461565452959,
+        1.42343711074968357734,
+    ],
+    [
+        1.05075007164441684324e-9,
+        5.475938084995344946e-4,
+        0.0151986665636164571966,
+        0.14810397642748007459,
+        0.68976733498510000455,
+        1.6763848301838038494,
+        2.05319162663775882187,
+        1.0,
+    ],
 )
 _TAIL = (
     [2.01033439929228813265e-7, 2.71155556874348757815e-5, 0.0012426609473880784386, 0.026532189526576123093,
@@ -195,8 +228,10 @@ def _plain(given: Dict[str, Any]) -> Quantile:
         return lambda u: median * exp(sigma * normal_quantile(u))
     if name == "triangular":
         low, mode, high = _numbers(given, "low", "mode", "high")
-        _require(low < high and low <= mode <= high, f'"low", "mode" and "high" are not in order: {low!r}, '
-                 f"{mode!r}, {high!r}")
+        _require(
+            low < high and low <= mode <= high,
+            f'"low", "mode" and "high" are not in order: {low!r}, ' f"{mode!r}, {high!r}",
+        )
         return _triangular(low, mode, high)
     return _discrete(*_weights(given))
 
@@ -241,8 +276,10 @@ def distribution(given: Any) -> Quantile:
     low, high = _numbers({"low": ends[0], "high": ends[1]}, "low", "high")
     _require(low < high, f'"truncate" has {low!r} not below {high!r}')
     below_low, below_high = _share_below(quantile, low), _share_below(quantile, high)
-    _require(below_high - below_low >= _LEAST_SHARE,
-             f"there is next to nothing of the distribution between {low!r} and {high!r}")
+    _require(
+        below_high - below_low >= _LEAST_SHARE,
+        f"there is next to nothing of the distribution between {low!r} and {high!r}",
+    )
 
     def truncated(u: Floats) -> Floats:
         value: Floats = np.clip(quantile(below_low + (below_high - below_low) * u), low, high)

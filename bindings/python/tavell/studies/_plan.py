@@ -303,7 +303,9 @@ class Plan:
         return plan
 
     def _hash(self) -> str:
-        content = {key: value for key, value in self.content.items() if key not in ("$schema", "title", "table")}
+        content = {
+            key: value for key, value in self.content.items() if key not in ("$schema", "title", "table")
+        }
         content["network"] = self.network_hash
         content["table"] = self.table
         return hashlib.sha256(canonical(content).encode()).hexdigest()
@@ -329,7 +331,7 @@ class Plan:
         table_axis: Optional[int] = None
         names = set()
         for i, each in enumerate(_list(self.content, "vary")):
-            place = f"entry {i + 1} of \"vary\""
+            place = f'entry {i + 1} of "vary"'
             entry = _entry(each, place, ("name", "nodes", "elements", "pointer", "key", "draw", "grid", "column",
                                          "close_each", "none", "as", "each"))  # fmt: skip
             name = _text(entry.get("name"), f'the "name" of {place}')
@@ -411,7 +413,9 @@ class Plan:
         self._try_key(part, key, positions, place)
         if use != "value":
             positions = self._with_values(positions, values, entry[given[0]], objects, key, place)
-        return _Variable(name, part, key, positions, [objects.names[i] for i in positions], use, values[positions])
+        return _Variable(
+            name, part, key, positions, [objects.names[i] for i in positions], use, values[positions]
+        )
 
     def _try_key(self, part: int, key: str, positions: List[int], place: str) -> None:
         """Whether all of the objects have such a value: a pump has no diameter. Values are tried out later."""
@@ -430,7 +434,9 @@ class Plan:
         found = [i for i in positions if not math.isnan(values[i])]
         without = [i for i in positions if math.isnan(values[i])]
         if without and isinstance(selector, (str, list)) and selector != "*":
-            raise _fail(f'{place}: the {objects.word} {objects.names[without[0]]!r} has no "{key}" to start from')
+            raise _fail(
+                f'{place}: the {objects.word} {objects.names[without[0]]!r} has no "{key}" to start from'
+            )
         if not found:
             raise _fail(f'{place}: no {objects.word} has a "{key}" to start from')
         return found
@@ -454,11 +460,11 @@ class Plan:
         given = self.content.get("scenarios")
         if given is None and self._streams and not self._axes:
             raise _fail('"scenarios" is missing; say how many are to be drawn')
-        self.count = _whole(
-            self._combinations if given is None else given, '"scenarios"', 1, _MOST_SCENARIOS
-        )
+        self.count = _whole(self._combinations if given is None else given, '"scenarios"', 1, _MOST_SCENARIOS)
         if self._streams == 0 and self.count != self._combinations:
-            raise _fail(f'"scenarios" is {self.count}, but what varies has {self._combinations}; leave it out')
+            raise _fail(
+                f'"scenarios" is {self.count}, but what varies has {self._combinations}; leave it out'
+            )
         if self.count % self._combinations != 0:
             raise _fail(
                 f'"scenarios" is {self.count}, which is no multiple of the {self._combinations} that the grid has'
@@ -602,7 +608,9 @@ class Plan:
         if not ends:
             raise _fail(f'{place} needs "below" or "above"')
         text = " or ".join(f"{key} {end:g}" for key, end in ends.items())
-        return Limit(entry.get("name", f"{wanted} {text}"), tuple(found), ends.get("below"), ends.get("above"))
+        return Limit(
+            entry.get("name", f"{wanted} {text}"), tuple(found), ends.get("below"), ends.get("above")
+        )
 
     def header(self) -> List[str]:
         """The names of the table's columns: the scenario, what varies, what is kept, limits, what became of it."""
@@ -617,7 +625,9 @@ class Plan:
     def _check_header(self) -> None:
         name, count = Counter(self.header()).most_common(1)[0]
         if count > 1:
-            raise _fail(f'the table would have two columns "{name}"; give what varies or is kept another "name"')
+            raise _fail(
+                f'the table would have two columns "{name}"; give what varies or is kept another "name"'
+            )
 
     def flags(self, results: Floats) -> Floats:
         """Whether each row breaks each limit: 1, 0, or NaN where there are no numbers."""

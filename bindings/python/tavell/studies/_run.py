@@ -78,8 +78,12 @@ class _Worker:
         self._process = subprocess.Popen(
             list(command), stdin=subprocess.PIPE, stdout=subprocess.PIPE, encoding="utf-8", **options
         )
-        self._send(task)
-        self._answer()
+        try:
+            self._send(task)
+            self._answer()
+        except BaseException:
+            self.close()
+            raise
 
     def _send(self, line: Any) -> None:
         assert self._process.stdin is not None
@@ -176,6 +180,9 @@ class _Run:
             self._seconds_per_row = seconds / count
         self.report()
 
+    def put_back(self, rows: Range) -> None:
+        self._queue.append(rows)
+
     def crashed(self, rows: Range, why: str) -> None:
         start, end = rows
         if end - start > 1:
@@ -218,32 +225,51 @@ def run_shard(
     wanted = shard_range(plan.count, *shard)
     with store.lock(wanted) as lock:
         run = _Run(store, wanted, on_report)
-        task = {"plan": plan.payload(), "folder": str(store.folder), "threads": threads, "time_limit": time_limit}
-        process: Optional[_Worker] = None
-        starts = 0
-        try:
-            rows = run.next()
-            while rows is not None:
-                try:
-                    if process is None:
-                        process = _Worker(worker, task, lock)
-                    answer = process.solve(rows, run.report)
-                    starts = 0
-                    run.finished(rows, answer["seconds"], answer["failed"])
-                except _Crash as crash:
-                    if process is None:
-                        starts += 1
-                        if starts >= _MOST_TRIES:
-                            raise StudyError(f"the process that is to solve does not start: {crash}") from crash
-                    else:
-                        process.close()
-                        process = None
-                    run.crashed(rows, str(crash))
-                rows = run.next()
-        finally:
-            if process is not None:
-                process.close()
+        supervise(run, store, lock, threads=threads, time_limit=time_limit, worker=worker)
     return run.outcome
+
+
+def supervise(
+    run: _Run,
+    store: Store,
+    lock: IO[bytes],
+    *,
+    threads: Optional[int],
+    time_limit: Optional[float],
+    worker: Sequence[str] = WORKER,
+) -> None:
+    """Has the rows of a run solved by a process of its own, and by the next one when that ends."""
+    task = {
+        "plan": store.plan.payload(),
+        "folder": str(store.folder),
+        "threads": threads,
+        "time_limit": time_limit,
+    }
+    process: Optional[_Worker] = None
+    starts = 0
+    try:
+        rows = run.next()
+        while rows is not None:
+            try:
+                if process is None:
+                    starts += 1
+                    process = _Worker(worker, task, lock)
+                    starts = 0
+                answer = process.solve(rows, run.report)
+                run.finished(rows, answer["seconds"], answer["failed"])
+            except _Crash as crash:
+                if process is not None:
+                    process.close()
+                    process = None
+                    run.crashed(rows, str(crash))
+                elif starts < _MOST_TRIES:
+                    run.put_back(rows)
+                else:
+                    raise StudyError(f"the process that is to solve does not start: {crash}") from crash
+            rows = run.next()
+    finally:
+        if process is not None:
+            process.close()
 
 
 @dataclass

@@ -89,7 +89,8 @@ class Store:
             self.folder.mkdir(parents=True, exist_ok=True)
             if not about.exists():
                 text = json.dumps(
-                    {"plan_hash": self.plan.hash, "scenarios": self.plan.count, "plan": self.plan.content}, indent=2
+                    {"plan_hash": self.plan.hash, "scenarios": self.plan.count, "plan": self.plan.content},
+                    indent=2,
                 )
                 self._write_new(about, text.encode() + b"\n")
         except OSError as error:
@@ -101,7 +102,9 @@ class Store:
         try:
             known = json.loads(about.read_text(encoding="utf-8"))["plan_hash"]
         except OSError as error:
-            raise StudyError(f"{self.folder} is no folder of a study: {error.strerror}: {about.name}") from error
+            raise StudyError(
+                f"{self.folder} is no folder of a study: {error.strerror}: {about.name}"
+            ) from error
         except (ValueError, KeyError, TypeError) as error:
             raise StudyError(f"{about} is damaged; give another folder") from error
         if known != self.plan.hash:
@@ -187,7 +190,7 @@ class Store:
     def read(self, start: int, end: int) -> Rows:
         path = self.block(start, end)
         try:
-            with np.load(path, allow_pickle=False) as data:
+            with np.load(io.BytesIO(path.read_bytes()), allow_pickle=False) as data:
                 if bytes(data["plan"]).decode() != self.plan.hash:
                     raise StudyError(f"{path} belongs to another plan; remove it and run again")
                 texts = {int(row): text for row, text in json.loads(bytes(data["texts"])).items()}
@@ -215,7 +218,9 @@ class Store:
             patience = time.monotonic() + _LOCK_PATIENCE
             while not (_lock_file(file) and self._is_free(wanted, path)):
                 if time.monotonic() > patience:
-                    raise StudyError(f"another run is at work in {self.folder} on these rows; wait for its end")
+                    raise StudyError(
+                        f"another run is at work in {self.folder} on these rows; wait for its end"
+                    )
                 time.sleep(0.1)
             self._clear_temporaries(wanted)
             yield file
