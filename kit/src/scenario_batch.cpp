@@ -6,6 +6,7 @@
 #include <climits>
 #include <cmath>
 #include <condition_variable>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -100,7 +101,9 @@ OutputNumber outputNumber(const Network& network, const tvkOutput& output)
 bool isKey(const tvkNetwork& network, bool isOfNodes, const std::string& key)
 {
     const auto call = isOfNodes ? tvkGetNodeValues : tvkGetElementValues;
-    return call(&network, key.c_str(), 0, nullptr, nullptr, nullptr) == TVK_OK;
+    const tvkStatus status = call(&network, key.c_str(), 0, nullptr, nullptr, nullptr);
+    if (status == TVK_INTERNAL) throw std::bad_alloc();
+    return status == TVK_OK;
 }
 
 /// The first token of a JSON pointer and the rest, "/fluid/temperature" as "fluid" and "/temperature".
@@ -333,8 +336,10 @@ private:
         auto& touched = inputs.isOfNodes ? m_touchedNodes : m_touchedElements;
         touched.insert(touched.end(), m_positions.begin(), m_positions.end());
         const auto call = inputs.isOfNodes ? tvkSetNodeValues : tvkSetElementValues;
-        return call(&m_handle, inputs.key.c_str(), m_positions.size(), m_positions.data(), m_values.data(),
-                    &m_found) == TVK_OK;
+        const tvkStatus status = call(&m_handle, inputs.key.c_str(), m_positions.size(), m_positions.data(),
+                                      m_values.data(), &m_found);
+        if (status == TVK_INTERNAL) throw std::bad_alloc();  // no refusal: the same values may do next time
+        return status == TVK_OK;
     }
 
     void refusePointer(const PointerInput& input, std::string message)

@@ -28,11 +28,12 @@ struct Writing {
 std::vector<Writing> writings()
 {
     const std::string network = std::string(TAVELL_EXAMPLES) + "/networks/two_loops.json";
+    const std::string larger = std::string(TAVELL_EXAMPLES) + "/networks/hanoi.tavell.json";
     const std::string inp = std::string(TAVELL_EXAMPLES) + "/networks/village.inp";
     return {
         {".txt", {"solve", network, "-o"}},
         {".result", {"solve", network, "-o", "/dev/null", "--result"}},
-        {".csv", {"solve", network, "-o", "/dev/null", "--csv"}},
+        {".csv", {"solve", larger, "-o", "/dev/null", "--csv"}},
         {".html", {"report", network, "-o"}},
         {".json", {"import", inp, "-o"}},
         {".tavell.json", {"convert", network, "-o"}},
