@@ -10,6 +10,7 @@
 
 #include "command/base_network.h"
 #include "command/run_command.h"
+#include "decimal_comma/c_numbers.h"
 
 namespace
 {
@@ -65,6 +66,7 @@ double cellOf(const Outcome& outcome, const std::string& name, std::size_t colum
                       << outcome.output << outcome.errors;
         return 0.0;
     }
+    const DecimalComma::CNumbers numbers;  // the command writes a point everywhere
     return std::strtod(row[column].c_str(), nullptr);
 }
 
