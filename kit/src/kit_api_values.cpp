@@ -529,10 +529,11 @@ tvkStatus tvkSetElementValues(tvkNetwork* network, const char* key, size_t count
         for (size_t i = 0; i < count; ++i)
             kit::checkElementValue(target.get().elements[selection[i]], elementKey, values[i]);
         kit::Network& changed = target.edit();
-        // room for all before the first is set: all or none
-        for (size_t i = 0; i < count; ++i) {
-            auto& properties = changed.elements[selection[i]].properties;
-            properties.reserve(properties.size() + 1);
+        // room for all that is new before the first is set: all or none
+        for (size_t i = 0; i < count && elementKey.part == kit::ElementPart::property; ++i) {
+            kit::Element& element = changed.elements[selection[i]];
+            if (!element.property(kit::findNumber(element, elementKey)->property))
+                element.properties.reserve(element.properties.size() + 1);
         }
         for (size_t i = 0; i < count; ++i)
             kit::setElementValue(changed.elements[selection[i]], elementKey, values[i]);
