@@ -397,6 +397,10 @@ public:
         const char* type = tvkElementType(handle(), position);
         return type == nullptr ? "" : type;
     }
+    std::vector<std::string> elementTypes() const
+    {
+        return namesOf(tvkElementTypes(handle()), elementCount());
+    }
     /// Positions of the start and end nodes of all elements.
     std::pair<std::vector<std::size_t>, std::vector<std::size_t>> ends() const
     {

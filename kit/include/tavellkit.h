@@ -198,6 +198,8 @@ TVK_API tvkStatus tvkFindElements(const tvkNetwork* network, size_t count, const
 TVK_API tvkStatus tvkElementEnds(const tvkNetwork* network, size_t* from, size_t* to, tvkFindings* findings);
 /** The type of an element as in the network file: "pipe"; null when out of range. */
 TVK_API const char* tvkElementType(const tvkNetwork* network, size_t position);
+/** The types of all elements; null when there are none. */
+TVK_API const char* const* tvkElementTypes(const tvkNetwork* network);
 
 /** Appends nodes. coordinates: x, y, z [m] of the first node, then of the second ...; null for zeros. All or
  * none. */

@@ -73,6 +73,9 @@ struct tvkNetwork {
 
     const kit::NameIndex& nodeNames() const;
     const kit::NameIndex& elementNames() const;
+    /// Kinds of the elements and their names, by position.
+    const std::vector<const kit::ElementKind*>& elementKinds() const;
+    const std::vector<const char*>& elementTypes() const;
 
 private:
     void forgetNames();
@@ -85,6 +88,9 @@ private:
     mutable std::shared_ptr<const kit::Network> m_checked;
     mutable std::unique_ptr<kit::NameIndex> m_nodeNames;
     mutable std::unique_ptr<kit::NameIndex> m_elementNames;
+    // of as many elements as there were when they were last asked for: an element keeps its kind
+    mutable std::vector<const kit::ElementKind*> m_elementKinds;
+    mutable std::vector<const char*> m_elementTypes;
 };
 
 struct tvkResult {

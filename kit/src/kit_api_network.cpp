@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "csv_pair.h"
+#include "element_kinds.h"
 #include "doctor.h"
 #include "file_text.h"
 #include "inp_import.h"
@@ -97,6 +98,8 @@ void tvkNetwork::replace(kit::Network network)
     m_isRead = true;
     m_checked.reset();
     forgetNames();
+    m_elementKinds.clear();
+    m_elementTypes.clear();
 }
 
 kit::Network& tvkNetwork::edit()
@@ -211,6 +214,22 @@ const kit::NameIndex& tvkNetwork::elementNames() const
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return kit::filled(m_elementNames, m_network->elements);
+}
+
+const std::vector<const kit::ElementKind*>& tvkNetwork::elementKinds() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (std::size_t i = m_elementKinds.size(); i < m_network->elements.size(); ++i)
+        m_elementKinds.push_back(m_network->elements[i].kind);
+    return m_elementKinds;
+}
+
+const std::vector<const char*>& tvkNetwork::elementTypes() const
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (std::size_t i = m_elementTypes.size(); i < m_network->elements.size(); ++i)
+        m_elementTypes.push_back(m_network->elements[i].kind->name);
+    return m_elementTypes;
 }
 
 tvkStatus tvkNewNetwork(tvkNetwork** network, tvkFindings* findings)

@@ -209,13 +209,13 @@ ElementKey elementKey(const char* key)
     refuse("elements have no value " + inQuotes(key), "give a key of the network file, such as \"diameter\"");
 }
 
-/// The number of an element's kind; null when the kind has none of that name.
-const NumberKey* findNumber(const Element& element, const ElementKey& key)
+/// The number of a kind; null when the kind has none of that name.
+const NumberKey* findNumber(const ElementKind& kind, const ElementKey& key)
 {
-    if (element.kind == key.kind) return key.number;
-    key.kind = element.kind;
+    if (&kind == key.kind) return key.number;
+    key.kind = &kind;
     key.number = nullptr;
-    for (const NumberKey& number : element.kind->numbers) {
+    for (const NumberKey& number : kind.numbers) {
         if (number.key == key.name) key.number = &number;
     }
     return key.number;
@@ -242,44 +242,63 @@ double elementValue(const Element& element, const ElementKey& key)
     case ElementPart::property:
         break;
     }
-    const NumberKey* number = findNumber(element, key);
+    const NumberKey* number = findNumber(*element.kind, key);
     return number == nullptr ? kNothing : orNothing(element.property(number->property));
 }
 
-void requireAbove0(const Element& element, double value)
+/// What is wrong with a value of a key for an element of a kind, and what to do; nothing when it may be set. It does not
+/// look at elements: a million of them take longer to visit than their values.
+struct Objection {
+    std::string message;
+    std::string remedy;
+};
+
+std::optional<Objection> notAbove0(double value)
 {
-    if (!(value > 0.0)) refuseFor(element, "the value is not above 0", "give a size above 0");
+    if (value > 0.0) return std::nullopt;
+    return Objection{"the value is not above 0", "give a size above 0"};
 }
 
-void checkElementValue(const Element& element, const ElementKey& key, double value)
+std::optional<Objection> objectionTo(const ElementKind& kind, const ElementKey& key, double value)
 {
-    if (std::isinf(value)) refuseFor(element, "the value is infinite", "give a finite one");
+    if (std::isinf(value)) return Objection{"the value is infinite", "give a finite one"};
     switch (key.part) {
     case ElementPart::diameter:
     case ElementPart::wettedPerimeter:
     case ElementPart::area:
-        if (element.kind->hasCurve)
-            refuseFor(element, std::string("a ") + element.kind->name + " has no cross-section",
-                      "leave it out");
-        requireAbove0(element, value);
-        if (key.part == ElementPart::area && !element.section)
-            refuseFor(element, "the element has an area without a shape",
-                      "set \"diameter\" or \"wetted_perimeter\" first");
-        break;
+        if (kind.hasCurve)
+            return Objection{std::string("a ") + kind.name + " has no cross-section", "leave it out"};
+        return notAbove0(value);
     case ElementPart::closed:
     case ElementPart::checkValve:
         if (!(value >= 0.0 && value <= 1.0))
-            refuseFor(element, "the value is neither 0 nor 1", "give one of them");
-        break;
+            return Objection{"the value is neither 0 nor 1", "give one of them"};
+        return std::nullopt;
     case ElementPart::length:
     case ElementPart::referenceDensity:
-        if (!std::isnan(value)) requireAbove0(element, value);
-        break;
+        return std::isnan(value) ? std::nullopt : notAbove0(value);
     case ElementPart::property:
-        if (findNumber(element, key) == nullptr)
-            refuseFor(element, std::string("a ") + element.kind->name + " has no " + inQuotes(key.name),
-                      "leave it out");
-        break;
+        if (findNumber(kind, key) == nullptr)
+            return Objection{std::string("a ") + kind.name + " has no " + inQuotes(key.name), "leave it out"};
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+/// Refuses values of many elements before the first is set.
+void checkElementValues(const tvkNetwork& network, const ElementKey& key, const Selection& selection,
+                        const double* values)
+{
+    const std::vector<const ElementKind*>& kinds = network.elementKinds();
+    const std::vector<Element>& elements = network.get().elements;
+    for (size_t i = 0; i < selection.count(); ++i) {
+        const size_t position = selection[i];
+        std::optional<Objection> objection = objectionTo(*kinds[position], key, values[i]);
+        if (!objection && key.part == ElementPart::area && !elements[position].section)
+            objection = Objection{"the element has an area without a shape",
+                                  "set \"diameter\" or \"wetted_perimeter\" first"};
+        if (objection)
+            refuseFor(elements[position], std::move(objection->message), std::move(objection->remedy));
     }
 }
 
@@ -319,7 +338,7 @@ void setElementValue(Element& element, const ElementKey& key, double value)
         element.referenceDensity = optionalOf(value);
         break;
     case ElementPart::property: {
-        const int id = findNumber(element, key)->property;
+        const int id = findNumber(*element.kind, key)->property;
         if (std::isnan(value))
             removeProperty(element, id);
         else
@@ -427,6 +446,12 @@ const char* tvkElementType(const tvkNetwork* network, size_t position)
     return network->get().elements[position].kind->name;
 }
 
+const char* const* tvkElementTypes(const tvkNetwork* network)
+{
+    if (tvkElementCount(network) == 0) return nullptr;
+    return kit::guardedValue<const char* const*>(nullptr, [&] { return network->elementTypes().data(); });
+}
+
 tvkStatus tvkAddNodes(tvkNetwork* network, size_t count, const char* const* names, const double* coordinates,
                       tvkFindings* findings)
 {
@@ -526,13 +551,12 @@ tvkStatus tvkSetElementValues(tvkNetwork* network, const char* key, size_t count
         const kit::Selection selection(count, positions, target.get().elements.size());
         if (count == 0) return TVK_OK;
         required(values, "values");
-        for (size_t i = 0; i < count; ++i)
-            kit::checkElementValue(target.get().elements[selection[i]], elementKey, values[i]);
+        kit::checkElementValues(target, elementKey, selection, values);
         kit::Network& changed = target.edit();
         // room for all that is new before the first is set: all or none
         for (size_t i = 0; i < count && elementKey.part == kit::ElementPart::property; ++i) {
             kit::Element& element = changed.elements[selection[i]];
-            if (!element.property(kit::findNumber(element, elementKey)->property))
+            if (!element.property(kit::findNumber(*element.kind, elementKey)->property))
                 element.properties.reserve(element.properties.size() + 1);
         }
         for (size_t i = 0; i < count; ++i)

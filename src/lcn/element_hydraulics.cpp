@@ -29,10 +29,10 @@ double minorResistance(const lcnNET_elems& elem)
     return elem.k == 0.0 ? 0.0 : elem.k * dynamicFactor(elem);
 }
 
-/// Weisbach (1845), Darcy (1857): dp = (f L/D + K) rho Q^2 / (2 A^2), r2 [1/m4] from the stored f.
-double darcyResistance(const lcnNET_elems& elem)
+/// Weisbach (1845), Darcy (1857): dp = (f L/D + K) rho Q^2 / (2 A^2), r2 [1/m4].
+double darcyResistance(const lcnNET_elems& elem, double f)
 {
-    return (elem.friction * elem.length / elem.diam + elem.k) * dynamicFactor(elem);
+    return (f * elem.length / elem.diam + elem.k) * dynamicFactor(elem);
 }
 
 double orificeResistanceOf(const NodeArray& nodes, const lcnNET_elems& elem, const lcnNET_var& var)
@@ -53,7 +53,8 @@ double quadraticResistance(const NodeArray& nodes, lcnNET_elems& elem, const lcn
 {
     if (isDarcyWeisbach(elem.type)) {
         if (friction == Friction::kEvaluate) frictionFactor(elem, var);
-        return darcyResistance(elem);
+        return darcyResistance(elem,
+                               friction == Friction::kUndamped ? undampedFriction(elem, var) : elem.friction);
     }
     return elem.type == kOrifice ? orificeResistanceOf(nodes, elem, var) : elem.HWcoeff;
 }

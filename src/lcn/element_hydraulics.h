@@ -20,8 +20,8 @@ struct LinearisedLaw {
 };
 
 /// Whether a friction factor is brought up to the current flow first, or used as it is stored because the
-/// flow has not changed since.
-enum class Friction { kEvaluate, kStored };
+/// flow has not changed since, or taken from the law without damping and not stored.
+enum class Friction { kEvaluate, kStored, kUndamped };
 
 /// Quadratic kinds: pipe, orifice, both valves, control valve, non-return element.
 bool isQuadratic(int type);

@@ -120,10 +120,15 @@ double frictionWeight(const lcnNET_var& var)
     return var.relaxpp >= kUndampedFrom ? 1.0 : var.relaxpp;
 }
 
-double frictionFactor(lcnNET_elems& elem, const lcnNET_var& var)
+double undampedFriction(const lcnNET_elems& elem, const lcnNET_var& var)
 {
     const double Re = reynolds(elem, viscosity(var, elem.Temperature));
-    const double f = frictionLaw(var.FrictionMethod, Re, elem.rough / elem.diam, elem.LaminarFactor);
+    return frictionLaw(var.FrictionMethod, Re, elem.rough / elem.diam, elem.LaminarFactor);
+}
+
+double frictionFactor(lcnNET_elems& elem, const lcnNET_var& var)
+{
+    const double f = undampedFriction(elem, var);
     elem.friction += frictionWeight(var) * (f - elem.friction);
     return f;
 }

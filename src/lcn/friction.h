@@ -48,8 +48,11 @@ double frictionLaw(int method, double Re, double relRough, double Cl);
 /// Weight [-] of a new friction factor against the stored one.
 double frictionWeight(const lcnNET_var& var);
 
-/// Moves elem.friction toward the law at the current flow; returns the unrelaxed value [-]. Types 1, 9, 10.
-/// Reads Massflow, density, Area, diam, rough, LaminarFactor, Temperature; writes friction only.
+/// Friction factor [-] of the law at the current flow. Types 1, 9, 10. Reads Massflow, density, Area, diam,
+/// rough, LaminarFactor, Temperature.
+double undampedFriction(const lcnNET_elems& elem, const lcnNET_var& var);
+
+/// Moves elem.friction toward undampedFriction, which it returns; writes nothing else.
 double frictionFactor(lcnNET_elems& elem, const lcnNET_var& var);
 
 }  // namespace lcn

@@ -131,10 +131,10 @@ bool isMeasured(const NodeArray& nodes, const lcnNET_elems& elem)
 
 /// Sum over elements of |(dp between the nodes - dp of the law) / mean pressure|.
 double measurePressure(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var, double dt,
-                       PipeSweep& pipes)
+                       PipeSweep& pipes, Friction friction)
 {
     const double smallest = var.Concrit * var.Concrit;
-    double sum = pipes.pressureMisses(nodes, var);
+    double sum = pipes.pressureMisses(nodes, var, friction);
     for (const int e : pipes.others()) {
         const lcnNET_elems& elem = elements[e];
         if (!isMeasured(nodes, elem)) continue;
@@ -143,7 +143,7 @@ double measurePressure(const NodeArray& nodes, const ElementArray& elements, con
         const double pEnd = nodes[elem.LocalEndNode].Pressure;
         const double betweenNodes = pStart - pEnd;
         const double mean = (pStart + pEnd) / 2.0;
-        double ofLaw = signedPressureLoss(nodes, elements, var, e, +1, Friction::kStored);
+        double ofLaw = signedPressureLoss(nodes, elements, var, e, +1, friction);
         if (dt <= kSteadyTimeStep) ofLaw += (elem.Massflow - elem.MassflowOld) * elem.length / elem.Area / dt;
         if (std::fabs(mean) > kTiny && std::fabs(betweenNodes) > smallest && std::fabs(ofLaw) > smallest)
             sum += std::fabs((betweenNodes - ofLaw) / mean);
@@ -306,8 +306,9 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
         const bool endsAreFinite = flowEnds.update(nodes, elements, var, dt);
 
         measureMass(nodes, elements, var, pipes, balance, measures);
-        measures.pressureError = endsAreFinite ? measurePressure(nodes, elements, var, dt, pipes)
-                                               : std::numeric_limits<double>::infinity();
+        measures.pressureError = endsAreFinite
+                                     ? measurePressure(nodes, elements, var, dt, pipes, Friction::kStored)
+                                     : std::numeric_limits<double>::infinity();
         measures.finite = std::isfinite(measures.totalFlow) && std::isfinite(measures.sumMass) &&
                           std::isfinite(measures.pressureError);
         traceIteration(var,
@@ -334,7 +335,12 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
         // the flows have to meet the laws with the viscosities of the temperatures just solved
         if (converged && var.Energy == 1 && var.ViscosityLaw) {
             updateFrictionFactors(elements, var, pipes.others());
-            measures.pressureError = measurePressure(nodes, elements, var, dt, pipes);
+            measures.pressureError = measurePressure(nodes, elements, var, dt, pipes, Friction::kStored);
+            converged = measures.pressureError < var.Concrit;
+        }
+        // and the laws themselves, not friction factors that are on their way to them
+        if (converged && frictionWeight(var) < 1.0) {
+            measures.pressureError = measurePressure(nodes, elements, var, dt, pipes, Friction::kUndamped);
             converged = measures.pressureError < var.Concrit;
         }
     } while (!converged && var.nIter < mostIterations && !stopped && measures.finite && temperatures.finite &&

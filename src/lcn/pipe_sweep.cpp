@@ -123,22 +123,27 @@ void PipeSweep::updateFriction(const lcnNET_var& var)
 /// The same relaxation as of one element alone, see frictionFactor.
 void PipeSweep::updateFriction(const lcnNET_var& var, std::size_t first, std::size_t count)
 {
-    std::array<double, kFrictionBlock> Re{}, relRough{}, laminar{}, f{}, slope{};
-    for (std::size_t i = 0; i < count; ++i) {
-        const Pipe& pipe = m_pipes[first + i];
-        const double magnitude = std::fabs(pipe.mass);
-        m_openTotal += magnitude;
-        Re[i] = pipe.toRe * magnitude;
-        relRough[i] = pipe.relRough;
-        laminar[i] = pipe.laminar;
-    }
-    frictionLawBlock(var.FrictionMethod, Re.data(), relRough.data(), laminar.data(), f.data(), slope.data(),
-                     static_cast<int>(count));
+    std::array<double, kFrictionBlock> f{};
+    undampedFriction(var, first, count, f.data());
     const double weight = frictionWeight(var);
     for (std::size_t i = 0; i < count; ++i) {
         Pipe& pipe = m_pipes[first + i];
+        m_openTotal += std::fabs(pipe.mass);
         pipe.f += weight * (f[i] - pipe.f);
     }
+}
+
+void PipeSweep::undampedFriction(const lcnNET_var& var, std::size_t first, std::size_t count, double* f) const
+{
+    std::array<double, kFrictionBlock> Re{}, relRough{}, laminar{}, slope{};
+    for (std::size_t i = 0; i < count; ++i) {
+        const Pipe& pipe = m_pipes[first + i];
+        Re[i] = pipe.toRe * std::fabs(pipe.mass);
+        relRough[i] = pipe.relRough;
+        laminar[i] = pipe.laminar;
+    }
+    frictionLawBlock(var.FrictionMethod, Re.data(), relRough.data(), laminar.data(), f, slope.data(),
+                     static_cast<int>(count));
 }
 
 void PipeSweep::readPressures(const NodeArray& nodes)
@@ -202,20 +207,26 @@ void PipeSweep::addInflows(std::vector<double>& balance) const
 }
 
 /// A given flow has a law to meet at a flow end only, whose pressure is made to meet it.
-double PipeSweep::pressureMisses(const NodeArray& nodes, const lcnNET_var& var)
+double PipeSweep::pressureMisses(const NodeArray& nodes, const lcnNET_var& var, Friction friction)
 {
     if (!m_isUsed) return 0.0;
     readPressures(nodes);
     const double smallest = var.Concrit * var.Concrit;
+    std::array<double, kFrictionBlock> f{};
     double sum = 0.0;
-    for (const Pipe& pipe : m_pipes) {
+    for (std::size_t i = 0; i < m_pipes.size(); ++i) {
+        const std::size_t inBlock = i % kFrictionBlock;
+        if (friction == Friction::kUndamped && inBlock == 0)
+            undampedFriction(var, i, std::min<std::size_t>(kFrictionBlock, m_pipes.size() - i), f.data());
+        const Pipe& pipe = m_pipes[i];
         const double magnitude = std::fabs(pipe.mass);
         if (!(pipe.toRe * magnitude > kSmallestMeasuredRe)) continue;
         const double pStart = m_pressure[static_cast<std::size_t>(pipe.start)];
         const double pEnd = m_pressure[static_cast<std::size_t>(pipe.end)];
         const double betweenNodes = pStart - pEnd;
         const double mean = (pStart + pEnd) / 2.0;
-        const double ofLaw = (pipe.friction * pipe.f + pipe.minor) * magnitude * pipe.mass;
+        const double ofPipe = friction == Friction::kUndamped ? f[inBlock] : pipe.f;
+        const double ofLaw = (pipe.friction * ofPipe + pipe.minor) * magnitude * pipe.mass;
         if (std::fabs(mean) > kTiny && std::fabs(betweenNodes) > smallest && std::fabs(ofLaw) > smallest)
             sum += std::fabs((betweenNodes - ofLaw) / mean);
     }

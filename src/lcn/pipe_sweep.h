@@ -46,7 +46,8 @@ public:
     double totalFlow() const { return m_givenTotal + m_openTotal; }
 
     /// Sum of |(pressure between the nodes - loss) / mean pressure| [-].
-    double pressureMisses(const NodeArray& nodes, const lcnNET_var& var);
+    double pressureMisses(const NodeArray& nodes, const lcnNET_var& var,
+                          Friction friction = Friction::kStored);
 
     /// dp = (friction f + minor) m |m|.
     struct Pipe {
@@ -74,6 +75,8 @@ private:
     void addPipe(const lcnNET_elems& elem, const lcnNET_var& var, int e);
     void readPressures(const NodeArray& nodes);
     void updateFriction(const lcnNET_var& var, std::size_t first, std::size_t count);
+    /// Writes the law's friction factors [-] of count pipes, at most a block, to f.
+    void undampedFriction(const lcnNET_var& var, std::size_t first, std::size_t count, double* f) const;
 
     std::vector<Pipe> m_pipes;
     std::vector<int> m_others;

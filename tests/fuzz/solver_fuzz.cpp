@@ -29,9 +29,6 @@ constexpr int kMostIterations = 2000;
 constexpr int kUnlimited = std::numeric_limits<int>::max();
 constexpr int kMostUsual = 250;    // iterations of a solve that is not given all: what converges needs fewer
 constexpr int kRepeatedUpTo = 60;  // iterations; longer solves are not done a second time
-// A solve that stagnates damps its friction factors and measures its laws with the damped ones.
-constexpr int kUndampedUpTo = 30;         // iterations: what stagnates needs more
-constexpr double kDampedSlack = 100.0;    // [-] on the criterion of the laws
 constexpr double kCriterion = 1e-6;       // [-] of the mass and pressure error
 constexpr double kSlack = 1.001;          // [-] on it: sums in another order
 constexpr double kGravity = 9.80665;      // [m/s2]
@@ -537,7 +534,7 @@ private:
     void checkLaws() const
     {
         double misses = 0.0;
-        double allowed = kSlack * kCriterion * (m_outcome.iterations > kUndampedUpTo ? kDampedSlack : 1.0);
+        double allowed = kSlack * kCriterion;
         double worst = -1.0;
         std::size_t worstElement = 0;
         for (std::size_t e = 0; e < m_flow.size(); ++e) {

@@ -62,6 +62,7 @@ TEST(Hpp, lists_of_sizes_that_do_not_fit_are_refused)
     EXPECT_TRUE(network->setElementValues("diameter", {0.1}));
     EXPECT_EQ(std::vector<std::string>{"P"}, network->elementNames());
     EXPECT_EQ("pipe", network->elementType(0));
+    EXPECT_EQ(std::vector<std::string>{"pipe"}, network->elementTypes());
     EXPECT_EQ((std::vector<double>{0.1}), *network->elementValues("diameter"));
     EXPECT_EQ(1U, network->ends().second[0]);
 }

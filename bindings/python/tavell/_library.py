@@ -92,6 +92,7 @@ PROTOTYPES: Dict[str, Tuple[Any, List[Any]]] = {
     "tvkFindElements": (_int, [_handle, _size, _array, _array, _handle]),
     "tvkElementEnds": (_int, [_handle, _array, _array, _handle]),
     "tvkElementType": (_text, [_handle, _size]),
+    "tvkElementTypes": (_array, [_handle]),
     "tvkAddNodes": (_int, [_handle, _size, _array, _array, _handle]),
     "tvkAddElements": (_int, [_handle, _size, _array, _array, _array, _array, _handle]),
     "tvkSetNodeValues": (_int, [_handle, _text, _size, _array, _array, _handle]),

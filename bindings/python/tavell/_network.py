@@ -351,9 +351,8 @@ class Network:
         if self._element_types is None:
             with _Reading(self):
                 address = self._live.address
-                count = LIBRARY.tvkElementCount(address)
-                type_of = LIBRARY.tvkElementType
-                self._element_types = tuple(type_of(address, i).decode() for i in range(count))
+                types = LIBRARY.tvkElementTypes(address)
+                self._element_types = texts_at(types, LIBRARY.tvkElementCount(address))
         return self._element_types
 
     @property

@@ -247,6 +247,54 @@ TEST(KitApi, a_property_that_a_type_does_not_have_is_refused)
     EXPECT_EQ(TVK_BAD_INPUT, tvkSetNodeValues(network.get(), "pressure", 1, nullptr, value.data(), nullptr));
 }
 
+TEST(KitApi, what_a_value_is_refused_for_names_element_and_reason)
+{
+    const NetworkOwner network = twoPipes();
+    const std::array<const char*, 2> names{"boost", "loss"};
+    const std::array<const char*, 2> types{"pump", "kv_valve"};
+    const std::array<std::size_t, 2> from{0, 1}, to{1, 2};
+    ASSERT_EQ(TVK_OK,
+              tvkAddElements(network.get(), 2, names.data(), types.data(), from.data(), to.data(), nullptr));
+    const auto refusal = [&](const char* key, std::size_t position, double value) {
+        const FindingsOwner findings = newFindings();
+        EXPECT_EQ(TVK_BAD_INPUT,
+                  tvkSetElementValues(network.get(), key, 1, &position, &value, findings.get()));
+        return textOf(findings);
+    };
+    const auto says = [](const std::string& text, const char* object, const char* reason) {
+        return text.find(object) != std::string::npos && text.find(reason) != std::string::npos;
+    };
+    EXPECT_PRED3(says, refusal("diameter", 2, 0.1), "element boost", "a pump has no cross-section");
+    EXPECT_PRED3(says, refusal("area", 3, 0.1), "element loss", "an area without a shape");
+    EXPECT_PRED3(says, refusal("diameter", 1, 0.0), "element P2", "not above 0");
+    EXPECT_PRED3(says, refusal("length", 1, -1.0), "element P2", "not above 0");
+    EXPECT_PRED3(says, refusal("length", 1, HUGE_VAL), "element P2", "infinite");
+    EXPECT_PRED3(says, refusal("closed", 0, 2.0), "element P1", "neither 0 nor 1");
+    EXPECT_PRED3(says, refusal("kv", 0, 2.0), "element P1", "a pipe has no");
+}
+
+TEST(KitApi, types_of_all_elements_follow_additions_and_patches)
+{
+    EXPECT_EQ(nullptr, tvkElementTypes(nullptr));
+    const NetworkOwner network = twoPipes();
+    EXPECT_STREQ("pipe", tvkElementTypes(network.get())[1]);
+    const char* name = "V";
+    const char* type = "kv_valve";
+    const std::size_t from = 0, to = 2;
+    ASSERT_EQ(TVK_OK, tvkAddElements(network.get(), 1, &name, &type, &from, &to, nullptr));
+    EXPECT_STREQ("kv_valve", tvkElementTypes(network.get())[2]);
+    const double kv = 3.0, diameter = 0.05;
+    const std::size_t position = 2;
+    EXPECT_EQ(TVK_OK, tvkSetElementValues(network.get(), "diameter", 1, &position, &diameter, nullptr));
+    EXPECT_EQ(TVK_OK, tvkSetElementValues(network.get(), "kv", 1, &position, &kv, nullptr));
+    const char* const patch = R"({"elements": {"P2": {"type": "cv_valve", "cv": 2.0}}})";
+    ASSERT_EQ(TVK_OK, tvkPatchNetwork(network.get(), patch, nullptr));
+    EXPECT_STREQ("cv_valve", tvkElementTypes(network.get())[1]);
+    const double cv = 5.0;
+    const std::size_t second = 1;
+    EXPECT_EQ(TVK_OK, tvkSetElementValues(network.get(), "cv", 1, &second, &cv, nullptr));
+}
+
 TEST(KitApi, values_that_are_set_are_read_back_and_taken_away_with_nan)
 {
     const NetworkOwner network = twoPipes();

@@ -299,6 +299,27 @@ TEST(Iteration, a_balance_that_is_stuck_above_the_criterion_lowers_the_relaxatio
     EXPECT_EQ(network.var.Messages.at(0).id, 701203U);
 }
 
+TEST(Iteration, a_damped_solve_meets_the_laws_and_not_only_its_damped_friction_factors)
+{
+    for (const bool sweepsPipes : {true, false}) {
+        Row row;
+        row.var.relaxpp = 0.1;
+        row.prepare();
+        for (int e = 1; e <= 3; ++e)
+            row.elem(e).friction = 0.05;
+        lcn::IterationPaths paths;
+        paths.sweepsPipes = sweepsPipes;
+        ASSERT_TRUE(lcn::iterate(row.nodes, row.elements, row.var, lcn::kSteadyState, nullptr, paths));
+        double misses = 0.0;
+        for (int e = 1; e <= 3; ++e) {
+            const double pStart = row.nodes[e].Pressure;
+            const double pEnd = row.nodes[e + 1].Pressure;
+            misses += std::fabs(pStart - pEnd - darcyLoss(row.elem(e))) / ((pStart + pEnd) / 2.0);
+        }
+        EXPECT_LT(misses, row.var.Concrit) << sweepsPipes;
+    }
+}
+
 TEST(Iteration, equal_errors_below_the_criterion_do_not_slow_a_solve_down)
 {
     // two equal pipes in series are balanced exactly at every iteration, long before their law is met

@@ -195,6 +195,17 @@ TEST(PipeSweep, pressure_misses_are_the_sum_over_laws_of_open_pipes)
     EXPECT_NEAR(network.sweep.pressureMisses(network.nodes, network.var), expected, 1e-12 * expected);
 }
 
+TEST(PipeSweep, pressure_misses_of_the_law_do_not_know_a_damped_friction_factor)
+{
+    Swept network;
+    const double expected = network.sweep.pressureMisses(network.nodes, network.var);
+    for (PipeSweep::Pipe& pipe : network.sweep.pipes())
+        pipe.f = 0.5;
+    EXPECT_NE(network.sweep.pressureMisses(network.nodes, network.var), expected);
+    EXPECT_EQ(network.sweep.pressureMisses(network.nodes, network.var, Friction::kUndamped), expected);
+    EXPECT_EQ(network.sweep.pipes().front().f, 0.5);
+}
+
 TEST(PipeSweep, equal_pressures_are_listed)
 {
     Swept network;
