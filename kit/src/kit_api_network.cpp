@@ -7,8 +7,8 @@
 #include <nlohmann/json.hpp>
 
 #include "csv_pair.h"
-#include "element_kinds.h"
 #include "doctor.h"
+#include "element_kinds.h"
 #include "file_text.h"
 #include "inp_import.h"
 #include "kit_api_options.h"
