@@ -1,6 +1,7 @@
 #include "connection.h"
 
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 #include "errors.h"
@@ -57,6 +58,12 @@ struct Link {
     int number;                  // the host's number of the element
 };
 
+/// The host's numbers are any int; the least has no counterpart and stays as it is.
+int negated(int number)
+{
+    return number == std::numeric_limits<int>::min() ? number : -number;
+}
+
 int findOrFail(const NodeNumbers& numbers, int number, lcnNET_var& var)
 {
     const int record = numbers.find(number);
@@ -102,17 +109,17 @@ void connect(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
         next[static_cast<std::size_t>(i)] = first;
         first += count;
     }
-    const auto append = [&](int node, int sign, int e, int number, int farNumber) {
+    const auto append = [&](int node, int entry, int hostEntry, int farNumber) {
         const int slot = ++next[static_cast<std::size_t>(node)];
-        hostElements[slot] = sign * number;
+        hostElements[slot] = hostEntry;
         neighbours[slot] = farNumber;
-        localElements[slot] = sign * e;
+        localElements[slot] = entry;
     };
     int e = 0;
     for (const Link& link : links) {
         ++e;
-        append(link.start, -1, e, link.number, link.endNumber);
-        append(link.end, +1, e, link.number, link.startNumber);
+        append(link.start, -e, negated(link.number), link.endNumber);
+        append(link.end, e, link.number, link.startNumber);
     }
 }
 

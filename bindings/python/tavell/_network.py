@@ -5,6 +5,7 @@ from __future__ import annotations
 import ctypes
 import json
 import os
+import sys
 from dataclasses import dataclass
 from types import TracebackType
 from typing import (
@@ -25,7 +26,6 @@ from typing import (
 
 import numpy as np
 import numpy.typing as npt
-import pandas as pd
 
 from . import _html, _library
 from ._arrays import (
@@ -51,8 +51,10 @@ from ._handles import Handle
 from ._library import LIBRARY, Function
 from ._progress import OnProgress, watched
 
+# pandas takes longer to be imported than a small study to be solved: only what makes frames does so.
 if TYPE_CHECKING:
     import networkx
+    import pandas as pd
 
     from ._result import Result
 
@@ -1034,7 +1036,8 @@ def _try_values(
 
 def _with_names(which: Which, values: Any) -> Tuple[Which, Any]:
     """A Series that is indexed by names brings them along."""
-    if which is None and isinstance(values, pd.Series):
+    pandas = sys.modules.get("pandas")  # who has a Series has imported it
+    if which is None and pandas is not None and isinstance(values, pandas.Series):
         names = names_in(values.index.to_numpy())
         if names is not None:
             return names, values.to_numpy()
@@ -1057,6 +1060,8 @@ def frame_of(
     columns: Mapping[str, Any], names: Sequence[str], index_name: str, units: Mapping[str, str]
 ) -> pd.DataFrame:
     """A frame by name whose attrs["units"] has the units of its columns. Arrays are not copied."""
+    import pandas as pd
+
     index = pd.Index(names, name=index_name, dtype=object)
     frame = pd.DataFrame(dict(columns), index=index, copy=False)
     frame.attrs["units"] = {key: units[key] for key in columns if key in units}

@@ -22,8 +22,6 @@ from typing import (
     overload,
 )
 
-import pandas as pd
-
 from . import _html, _library
 from ._arrays import Floats, Path, encoded, encoded_path, lent_array
 from ._findings import Findings, checked, raise_unless_ok, refusal, text_of
@@ -35,6 +33,7 @@ from ._units import ELEMENT_QUANTITIES, NODE_QUANTITIES, converted, units_of
 
 if TYPE_CHECKING:
     import networkx
+    import pandas as pd
 
 _OUTCOMES = {
     _library.OK: "converged",
@@ -470,4 +469,6 @@ def _given_or_written(text: str, path: Optional[Path]) -> Optional[str]:
 
 
 def _joined(given: pd.DataFrame, found: pd.DataFrame) -> pd.DataFrame:
+    import pandas as pd
+
     return pd.concat([given.drop(columns=[key for key in found if key in given]), found], axis=1)

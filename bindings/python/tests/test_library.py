@@ -97,3 +97,8 @@ def test_no_library_at_all_is_said_with_what_to_do(monkeypatch):
     monkeypatch.setattr(_library, "_candidates", lambda: [])
     with pytest.raises(ImportError, match="name the library in TAVELLKIT_LIBRARY"):
         _library._load()
+
+
+def test_what_solves_studies_does_not_wait_for_pandas():
+    code = "import sys, tavell.sweep, tavell.studies._worker; print('pandas' in sys.modules)"
+    assert run_python(code).stdout == "False\n"

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <random>
 #include <vector>
 
@@ -52,6 +53,18 @@ TEST(Connection, lists_hold_elements_and_far_nodes_in_element_order_with_the_sig
     ASSERT_EQ(third.no_branches, 2);
     EXPECT_EQ(entries(third.LocalElements, 2), (std::vector<int>{-2, 3}));
     EXPECT_EQ(entries(third.Neighbours, 2), (std::vector<int>{20, 10}));
+}
+
+TEST(Connection, the_least_number_has_no_counterpart_and_keeps_its_sign)
+{
+    constexpr int kLeast = std::numeric_limits<int>::min();
+    SolverNetwork network(2);
+    network.add(1, 1, 2);
+    network.elem(1).elem_no = kLeast;
+    network.connect();
+    EXPECT_EQ(network.nodes[1].Elements[1], kLeast);
+    EXPECT_EQ(network.nodes[1].LocalElements[1], -1);
+    EXPECT_EQ(network.nodes[2].Elements[1], kLeast);
 }
 
 TEST(Connection, a_node_without_elements_has_none)

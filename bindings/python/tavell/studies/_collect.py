@@ -8,15 +8,17 @@ import json
 import math
 import os
 import pathlib
-from typing import Any, Dict, Iterator, List, Tuple, Union
+from typing import TYPE_CHECKING, Any, Dict, Iterator, List, Tuple, Union
 
 import numpy as np
-import pandas as pd
 
 from .._arrays import Floats
 from ._batch import OUTCOMES, Rows
 from ._plan import Column, Plan, StudyError
 from ._store import Store, gaps
+
+if TYPE_CHECKING:
+    import pandas as pd
 
 
 def _finding_text(rows: Rows, row: int) -> str:
@@ -89,6 +91,8 @@ class _Table:
             yield ",".join(_csv_field(field) for field in fields) + "\n"
 
     def frame(self, start: int, rows: Rows) -> pd.DataFrame:
+        import pandas as pd
+
         drawn, flags = self.numbers(start, rows)
         columns: Dict[str, Any] = {"scenario": np.arange(start, start + len(rows.results), dtype=np.int64)}
 
@@ -117,6 +121,8 @@ def _opened(plan: Plan, out: Union[str, "os.PathLike[str]"]) -> Store:
 def table(plan: Plan, out: Union[str, "os.PathLike[str]"], *, is_partial: bool = False) -> pd.DataFrame:
     """The table of a study, one row for each scenario in their order. Raises StudyError when rows are missing,
     unless is_partial."""
+    import pandas as pd
+
     columns = _Table(plan)
     frames = [columns.frame(start, rows) for start, rows in blocks(_opened(plan, out), is_partial=is_partial)]
     if not frames:
