@@ -1,9 +1,12 @@
 // Nodes and elements of the C interface: names, values of many objects at once.
 #include "kit_api.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <new>
 #include <unordered_set>
+#include <utility>
 
 #include <tavell/Constants.h>
 
@@ -221,29 +224,38 @@ const NumberKey* findNumber(const ElementKind& kind, const ElementKey& key)
     return key.number;
 }
 
-double elementValue(const Element& element, const ElementKey& key)
+/// Reads a value of many elements. The key is looked at once, not for each element: what is left is little enough for
+/// the processor to fetch several elements at a time.
+void readElementValues(const std::vector<Element>& elements, const ElementKey& key,
+                       const Selection& selection, double* values)
 {
-    const auto& section = element.section;
+    const auto each = [&](auto value) {
+        for (size_t i = 0; i < selection.count(); ++i)
+            values[i] = value(elements[selection[i]]);
+    };
+    const auto above0 = [](double size) { return size > 0.0 ? size : kNothing; };
     switch (key.part) {
     case ElementPart::diameter:
-        return section && section->diameter > 0.0 ? section->diameter : kNothing;
+        return each([&](const Element& e) { return e.section ? above0(e.section->diameter) : kNothing; });
     case ElementPart::wettedPerimeter:
-        return section && section->wettedPerimeter > 0.0 ? section->wettedPerimeter : kNothing;
+        return each(
+            [&](const Element& e) { return e.section ? above0(e.section->wettedPerimeter) : kNothing; });
     case ElementPart::area:
-        return section ? section->area : kNothing;
+        return each([](const Element& e) { return e.section ? e.section->area : kNothing; });
     case ElementPart::length:
-        return orNothing(element.length);
+        return each([](const Element& e) { return orNothing(e.length); });
     case ElementPart::closed:
-        return element.isClosed ? 1.0 : 0.0;
+        return each([](const Element& e) { return e.isClosed ? 1.0 : 0.0; });
     case ElementPart::checkValve:
-        return element.hasCheckValve ? 1.0 : 0.0;
+        return each([](const Element& e) { return e.hasCheckValve ? 1.0 : 0.0; });
     case ElementPart::referenceDensity:
-        return orNothing(element.referenceDensity);
+        return each([](const Element& e) { return orNothing(e.referenceDensity); });
     case ElementPart::property:
-        break;
+        return each([&](const Element& e) {
+            const NumberKey* number = findNumber(*e.kind, key);
+            return number == nullptr ? kNothing : orNothing(e.property(number->property));
+        });
     }
-    const NumberKey* number = findNumber(*element.kind, key);
-    return number == nullptr ? kNothing : orNothing(element.property(number->property));
 }
 
 /// What is wrong with a value of a key for an element of a kind, and what to do; nothing when it may be set. It does not
@@ -302,49 +314,73 @@ void checkElementValues(const tvkNetwork& network, const ElementKey& key, const 
     }
 }
 
-void removeProperty(Element& element, int id)
+/// Sets a property, or takes it away with NaN. Returns the value that it had, NaN for none.
+double exchangeProperty(Element& element, int id, double value)
 {
     auto& list = element.properties;
-    for (auto entry = list.begin(); entry != list.end(); ++entry) {
-        if (entry->first != id) continue;
-        list.erase(entry);
-        return;
+    const auto has = [id](const std::pair<int, double>& entry) { return entry.first == id; };
+    const auto entry = std::find_if(list.begin(), list.end(), has);
+    if (entry == list.end()) {
+        if (!std::isnan(value)) list.emplace_back(id, value);
+        return kNothing;
+    }
+    const double before = std::exchange(entry->second, value);
+    if (std::isnan(value)) list.erase(entry);
+    return before;
+}
+
+/// Sets a property of many elements. Where memory runs out, those that were set get their old values back, for which
+/// they still have the room.
+void setProperties(std::vector<Element>& elements, const ElementKey& key, const Selection& selection,
+                   const double* values)
+{
+    const auto exchange = [&](size_t position, double value) {
+        Element& element = elements[position];
+        return exchangeProperty(element, findNumber(*element.kind, key)->property, value);
+    };
+    std::vector<double> before(selection.count());
+    size_t done = 0;
+    try {
+        for (; done < selection.count(); ++done) {
+            before[done] = exchange(selection[done], values[done]);
+        }
+    } catch (const std::bad_alloc&) {
+        while (done-- > 0)
+            exchange(selection[done], before[done]);
+        throw;
     }
 }
 
-void setElementValue(Element& element, const ElementKey& key, double value)
+/// Sets a value of many elements, which have passed the checks; as readElementValues().
+void setElementValues(std::vector<Element>& elements, const ElementKey& key, const Selection& selection,
+                      const double* values)
 {
+    const auto each = [&](auto set) {
+        for (size_t i = 0; i < selection.count(); ++i)
+            set(elements[selection[i]], values[i]);
+    };
     switch (key.part) {
     case ElementPart::diameter:
-        element.section = Section{value, 0.0, kPi * value * value / 4.0};
-        break;
+        return each([](Element& e, double value) {
+            e.section = Section{value, 0.0, kPi * value * value / 4.0};
+        });
     case ElementPart::wettedPerimeter:
         // Until its area is set: that of the circle with this perimeter, P^2 / (4 pi).
-        element.section = Section{0.0, value, value * value / (4.0 * kPi)};
-        break;
+        return each([](Element& e, double value) {
+            e.section = Section{0.0, value, value * value / (4.0 * kPi)};
+        });
     case ElementPart::area:
-        element.section->area = value;
-        break;
+        return each([](Element& e, double value) { e.section->area = value; });
     case ElementPart::length:
-        element.length = optionalOf(value);
-        break;
+        return each([](Element& e, double value) { e.length = optionalOf(value); });
     case ElementPart::closed:
-        element.isClosed = value > 0.0;
-        break;
+        return each([](Element& e, double value) { e.isClosed = value > 0.0; });
     case ElementPart::checkValve:
-        element.hasCheckValve = value > 0.0;
-        break;
+        return each([](Element& e, double value) { e.hasCheckValve = value > 0.0; });
     case ElementPart::referenceDensity:
-        element.referenceDensity = optionalOf(value);
-        break;
-    case ElementPart::property: {
-        const int id = findNumber(*element.kind, key)->property;
-        if (std::isnan(value))
-            removeProperty(element, id);
-        else
-            element.setProperty(id, value);
-        break;
-    }
+        return each([](Element& e, double value) { e.referenceDensity = optionalOf(value); });
+    case ElementPart::property:
+        return setProperties(elements, key, selection, values);
     }
 }
 
@@ -552,15 +588,7 @@ tvkStatus tvkSetElementValues(tvkNetwork* network, const char* key, size_t count
         if (count == 0) return TVK_OK;
         required(values, "values");
         kit::checkElementValues(target, elementKey, selection, values);
-        kit::Network& changed = target.edit();
-        // room for all that is new before the first is set: all or none
-        for (size_t i = 0; i < count && elementKey.part == kit::ElementPart::property; ++i) {
-            kit::Element& element = changed.elements[selection[i]];
-            if (!element.property(kit::findNumber(*element.kind, elementKey)->property))
-                element.properties.reserve(element.properties.size() + 1);
-        }
-        for (size_t i = 0; i < count; ++i)
-            kit::setElementValue(changed.elements[selection[i]], elementKey, values[i]);
+        kit::setElementValues(target.edit().elements, elementKey, selection, values);
         return TVK_OK;
     });
 }
@@ -573,8 +601,7 @@ tvkStatus tvkGetElementValues(const tvkNetwork* network, const char* key, size_t
         const kit::ElementKey elementKey = kit::elementKey(&required(key, "key"));
         const kit::Selection selection(count, positions, source.elements.size());
         if (count > 0) required(values, "values");
-        for (size_t i = 0; i < count; ++i)
-            values[i] = kit::elementValue(source.elements[selection[i]], elementKey);
+        kit::readElementValues(source.elements, elementKey, selection, values);
         return TVK_OK;
     });
 }

@@ -85,14 +85,14 @@ struct FittingUse {
 
 struct ElementKind;
 
-/// What many elements are asked for at once comes first, close together.
-struct Element {
-    const ElementKind* kind = nullptr;
-    std::size_t from = 0;            // position of the start node
-    std::size_t to = 0;              // position of the end node
+/// What is read and set for many elements at once comes first, and never lies across two cache lines.
+struct alignas(32) Element {
     std::optional<Section> section;  // elements without a curve
     /// [m], when it differs from the distance between the nodes; required for pipes of schematic networks.
     std::optional<double> length;
+    const ElementKind* kind = nullptr;
+    std::size_t from = 0;  // position of the start node
+    std::size_t to = 0;    // position of the end node
     std::string name;
     std::string material;  // name in Network::materials or of a known material; "" for none
     std::vector<FittingUse>

@@ -58,12 +58,21 @@ def main() -> None:
         "set_node_values, by position", 2 * count, shortest(lambda: network.set_node_values("z", both, twice))
     )
     widths = np.full(count - 1, 0.25)
-    report(
-        "set_element_values, all", count - 1, shortest(lambda: network.set_element_values("diameter", widths))
-    )
+    rough = np.full(count - 1, 1e-4)
+
+    def set_pipes() -> None:
+        network.set_element_values("diameter", widths)
+        network.set_element_values("roughness", rough)
+
+    report("set_element_values, diameter and roughness", 2 * (count - 1), shortest(set_pipes))
     report("node_values, given", count, shortest(lambda: network.node_values("z")))
     report("node_values, given, by position", 2 * count, shortest(lambda: network.node_values("z", twice)))
-    report("element_values, given", count - 1, shortest(lambda: network.element_values("diameter")))
+
+    def pipes() -> None:
+        network.element_values("diameter")
+        network.element_values("roughness")
+
+    report("element_values, diameter and roughness", 2 * (count - 1), shortest(pipes))
 
     small = min(count, 20_000)
     solved = line_of_pipes(small).solve(must_converge=False)
