@@ -9,7 +9,7 @@ import argparse
 import json
 import pathlib
 import sys
-from typing import Any, Dict, List, Optional, Sequence
+from typing import Any, Dict, List, Optional, Sequence, Tuple
 
 from . import Network
 from ._findings import Error
@@ -23,6 +23,7 @@ from .studies import (
     write_findings,
     write_table,
 )
+from .studies._collect import parquet_engine
 from .studies._run import parsed_shard
 
 _SHOWN = 5  # scenarios of a plan
@@ -71,7 +72,9 @@ def _parser() -> argparse.ArgumentParser:
     for each in (state, collecting):
         each.add_argument("plan", metavar="PLAN")
         each.add_argument("--out", required=True, metavar="DIR", help="the folder of the study")
-    collecting.add_argument("--format", choices=("csv", "parquet"), default="csv")
+    collecting.add_argument(
+        "--format", choices=("csv", "parquet"), help="both when left out, Parquet where a package writes it"
+    )
     collecting.add_argument(
         "-o", "--output", metavar="TABLE", help="default: DIR/table.csv or DIR/table.parquet"
     )
@@ -253,13 +256,28 @@ def _status(arguments: argparse.Namespace) -> int:
     return 1 if state.missing or state.failed else 0
 
 
+def _tables(arguments: argparse.Namespace) -> List[Tuple[str, pathlib.Path]]:
+    """Formats and names of the tables to be written: CSV, and Parquet too where a package writes it; one when
+    its format or name is given."""
+    if arguments.output is not None:
+        target = pathlib.Path(arguments.output)
+        by_ending = "parquet" if target.suffix == ".parquet" else "csv"
+        return [(arguments.format or by_ending, target)]
+    if arguments.format is not None:
+        formats = [arguments.format]
+    else:
+        formats = ["csv"] + (["parquet"] if parquet_engine() else [])
+    return [(format, pathlib.Path(arguments.out) / f"table.{format}") for format in formats]
+
+
 def _collect(arguments: argparse.Namespace) -> int:
     plan = Plan.read(arguments.plan)
     out = pathlib.Path(arguments.out)
-    target = out / f"table.{arguments.format}" if arguments.output is None else pathlib.Path(arguments.output)
-    write_table(plan, out, target, format=arguments.format, is_partial=arguments.partial)
+    for format, target in _tables(arguments):
+        write_table(plan, out, target, format=format, is_partial=arguments.partial)
+        print(f"{target} is written")
     failed = write_findings(plan, out, out / "failed.jsonl")
-    print(f"{target} is written; {failed} scenarios failed")
+    print(f"{failed} scenarios failed")
     if failed:
         print(f"their findings are in {out / 'failed.jsonl'}")
     if arguments.summary is not None:

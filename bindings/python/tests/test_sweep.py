@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import importlib.util
 import json
 import os
 import pathlib
@@ -54,7 +55,7 @@ def test_a_study_from_plan_to_table(folder: pathlib.Path, capsys: Any) -> None:
     )
     assert said(capsys, ["status", "p.json", "--out", "p"], 0).startswith("40 of 40 scenarios are finished")
     text = said(capsys, ["collect", "p.json", "--out", "p", "-o", "t.csv"], 0)
-    assert text == "t.csv is written; 0 scenarios failed\n"
+    assert text == "t.csv is written\n0 scenarios failed\n"
     lines = (folder / "t.csv").read_text().splitlines()
     assert len(lines) == 41
     assert lines[0].endswith(",lowest pressure,lowest at,highest velocity,highest at,certificate,below 1 bar,"
@@ -92,6 +93,46 @@ def test_parquet_needs_a_package_and_says_so(folder: pathlib.Path, capsys: Any, 
         capsys, ["collect", "p.json", "--out", "p", "--format", "parquet"], 2
     )
     assert not (folder / "p" / "table.parquet").exists()
+    said(capsys, ["collect", "p.json", "--out", "p"], 0)
+    assert (folder / "p" / "table.csv").exists()
+    assert not (folder / "p" / "table.parquet").exists()
+
+
+# What pandas asks of the package. It writes to a file's name only, as the real one does.
+FASTPARQUET = """
+import pathlib
+__version__ = "9999.1"
+def write(filename, data, compression=None, write_index=None, **options):
+    assert isinstance(filename, str) and write_index is False
+    if compression is None or "full" in pathlib.Path("disk").read_text():
+        raise OSError(28, "No space left on device")
+    with open(filename, "w") as file:
+        file.write(f"{len(data)} rows of {', '.join(data.columns)}")
+"""
+
+
+def test_parquet_is_written_beside_csv_where_a_package_does(
+    folder: pathlib.Path, capsys: Any, monkeypatch: Any
+) -> None:
+    said(capsys, ["plan", "town.tavell.json", "-o", "p.json", "--scenarios", "3"], 0)
+    said(capsys, ["run", "p.json", "--out", "p"], 0)
+    (folder / "fastparquet.py").write_text(FASTPARQUET)
+    (folder / "disk").write_text("empty")
+    specification = importlib.util.spec_from_file_location("fastparquet", folder / "fastparquet.py")
+    assert specification is not None and specification.loader is not None
+    package = importlib.util.module_from_spec(specification)
+    specification.loader.exec_module(package)
+    monkeypatch.setitem(sys.modules, "fastparquet", package)
+    monkeypatch.setattr("tavell.studies._collect._PARQUET", ("fastparquet",))
+    text = said(capsys, ["collect", "p.json", "--out", "p"], 0)
+    assert text == "p/table.csv is written\np/table.parquet is written\n0 scenarios failed\n"
+    written = (folder / "p" / "table.parquet").read_text()
+    assert written.startswith("3 rows of scenario, ")
+    (folder / "disk").write_text("full")
+    assert "No space left" in said(capsys, ["collect", "p.json", "--out", "p", "-o", "t.parquet"], 2)
+    assert "No space left" in said(capsys, ["collect", "p.json", "--out", "p", "--format", "parquet"], 2)
+    assert (folder / "p" / "table.parquet").read_text() == written
+    assert not [path for path in folder.rglob("*") if path.suffix == ".tmp" or path.name == "t.parquet"]
 
 
 def test_the_same_study_at_a_shell(folder: pathlib.Path, capsys: Any) -> None:

@@ -3,12 +3,11 @@
 from __future__ import annotations
 
 import importlib.util
-import io
 import json
 import math
 import os
 import pathlib
-from typing import TYPE_CHECKING, Any, Dict, Iterator, List, Tuple, Union
+from typing import TYPE_CHECKING, Any, Callable, Dict, Iterator, List, Optional, Tuple, Union
 
 import numpy as np
 
@@ -19,6 +18,8 @@ from ._store import Store, gaps
 
 if TYPE_CHECKING:
     import pandas as pd
+
+_PARQUET = ("pyarrow", "fastparquet")
 
 
 def _finding_text(rows: Rows, row: int) -> str:
@@ -130,14 +131,12 @@ def table(plan: Plan, out: Union[str, "os.PathLike[str]"], *, is_partial: bool =
     return pd.concat(frames, ignore_index=True)
 
 
-def _replace(path: pathlib.Path, content: Iterator[bytes]) -> None:
-    """Writes a file as a whole; when that fails, the old one stays."""
+def _replace(path: pathlib.Path, write: Callable[[pathlib.Path], None]) -> None:
+    """Has a file written as a whole, under another name first; when that fails, the old one stays."""
     temporary = path.with_name(f".{path.name}.{os.getpid()}.tmp")
     try:
-        with open(temporary, "wb") as file:
-            for part in content:
-                file.write(part)
-            file.flush()
+        write(temporary)
+        with open(temporary, "rb+") as file:
             os.fsync(file.fileno())
         os.replace(temporary, path)
     except OSError as error:
@@ -147,14 +146,18 @@ def _replace(path: pathlib.Path, content: Iterator[bytes]) -> None:
             temporary.unlink()
 
 
-def parquet_engine() -> str:
-    """The package that writes Parquet files. Raises StudyError when there is none."""
-    for name in ("pyarrow", "fastparquet"):
-        if importlib.util.find_spec(name) is not None:
-            return name
-    raise StudyError(
-        "Parquet needs the Python package pyarrow or fastparquet; install one, or take --format csv"
-    )
+def _replace_content(path: pathlib.Path, content: Iterator[bytes]) -> None:
+    def write(temporary: pathlib.Path) -> None:
+        with open(temporary, "wb") as file:
+            for part in content:
+                file.write(part)
+
+    _replace(path, write)
+
+
+def parquet_engine() -> Optional[str]:
+    """The package that writes Parquet files, if any is installed."""
+    return next((name for name in _PARQUET if importlib.util.find_spec(name) is not None), None)
 
 
 def write_table(
@@ -170,10 +173,17 @@ def write_table(
     target = pathlib.Path(path)
     if format == "parquet":
         engine = parquet_engine()
+        if engine is None:
+            raise StudyError(
+                "Parquet needs the Python package pyarrow or fastparquet; install one, or take --format csv"
+            )
         frame = table(plan, out, is_partial=is_partial)
-        buffer = io.BytesIO()
-        frame.to_parquet(buffer, engine=engine, index=False)
-        _replace(target, iter([buffer.getvalue()]))
+
+        def write(temporary: pathlib.Path) -> None:
+            # by name: fastparquet writes to no open file
+            frame.to_parquet(str(temporary), engine=engine, index=False)
+
+        _replace(target, write)
         return
     store = _opened(plan, out)
     columns = _Table(plan)
@@ -183,7 +193,7 @@ def write_table(
         for start, rows in blocks(store, is_partial=is_partial):
             yield "".join(columns.lines(start, rows)).encode()
 
-    _replace(target, content())
+    _replace_content(target, content())
 
 
 def write_findings(
@@ -204,5 +214,5 @@ def write_findings(
                 }
                 yield (json.dumps(entry, ensure_ascii=False) + "\n").encode()
 
-    _replace(pathlib.Path(path), content())
+    _replace_content(pathlib.Path(path), content())
     return count

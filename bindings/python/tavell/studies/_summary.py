@@ -16,7 +16,7 @@ from .._arrays import Floats
 from .._findings import Error
 from .._network import Network
 from ._batch import ELEMENT, NODE
-from ._collect import _replace, table
+from ._collect import _replace_content, table
 from ._plan import Plan, StudyError
 
 _MOST_PLOTTED = 6  # columns of results
@@ -205,8 +205,8 @@ def write_summary(
     except OSError as error:
         raise StudyError(f"the summary cannot be written to {target}: {error.strerror}") from error
     numbers = json.dumps(summary, indent=2, ensure_ascii=False) + "\n"
-    _replace(target / "summary.json", iter([numbers.encode()]))
-    _replace(target / "index.html", iter([_page(summary, pictures).encode()]))
+    _replace_content(target / "summary.json", iter([numbers.encode()]))
+    _replace_content(target / "index.html", iter([_page(summary, pictures).encode()]))
     return [target / "summary.json", target / "index.html"]
 
 
