@@ -109,19 +109,21 @@ private:
         const Element& element = m_network.elements[position];
         const auto& a = m_network.nodes[element.from].at;
         const auto& b = m_network.nodes[element.to].at;
-        const std::string nodes = inQuotes(m_network.nodes[element.from].name) + " and " +
-                                  inQuotes(m_network.nodes[element.to].name);
+        const auto nodes = [&] {
+            return inQuotes(m_network.nodes[element.from].name) + " and " +
+                   inQuotes(m_network.nodes[element.to].name);
+        };
         const double apart = std::fabs(a[0] - b[0]) + std::fabs(a[1] - b[1]) + std::fabs(a[2] - b[2]);
         const double distance = std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]);
         if (apart < kSamePlace)
             reportElement(Code::nodes_at_one_place, position,
-                          "its nodes " + nodes + " are at the same place");
+                          "its nodes " + nodes() + " are at the same place");
         else if (!std::isfinite(apart * apart))
-            reportElement(Code::nodes_too_far_apart, position, "its nodes " + nodes + " are too far apart");
+            reportElement(Code::nodes_too_far_apart, position, "its nodes " + nodes() + " are too far apart");
         else if (element.length && *element.length < distance * (1.0 - kLengthMargin))
             reportElement(Code::length_below_distance, position,
                           "its length " + shortNumber(*element.length, kLengthDigits) +
-                              " m is below the distance between its nodes " + nodes + ", " +
+                              " m is below the distance between its nodes " + nodes() + ", " +
                               shortNumber(distance, kLengthDigits) + " m");
     }
 

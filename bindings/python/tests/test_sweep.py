@@ -174,3 +174,8 @@ def test_a_summary_has_numbers_plots_and_the_worst_cases(folder: pathlib.Path, c
     for name in ["column-1.svg"] + [f"scenario-{scenario}.svg" for scenario in worst]:
         assert (folder / "s" / name).stat().st_size > 1000
         assert name in page
+    assert f"scenario {worst[0]}: lowest pressure " in page
+    assert summary["columns"]["lowest pressure"]["unit"] == "Pa"
+    # the certificate is good in all of them: nothing to be plotted
+    assert summary["columns"]["certificate"]["lowest"] == summary["columns"]["certificate"]["highest"] == 1.0
+    assert not (folder / "s" / "column-3.svg").exists()

@@ -7,7 +7,8 @@ import json
 import math
 import os
 import pathlib
-from typing import Any, Dict, List, Tuple, Union
+from dataclasses import dataclass
+from typing import Any, Dict, List, Optional, Tuple, Union
 
 import numpy as np
 import pandas as pd
@@ -15,6 +16,7 @@ import pandas as pd
 from .._arrays import Floats
 from .._findings import Error
 from .._network import Network
+from .._units import ELEMENT_QUANTITIES, NODE_QUANTITIES
 from ._batch import ELEMENT, NODE
 from ._collect import _replace_content, table
 from ._plan import Plan, StudyError
@@ -23,6 +25,21 @@ _MOST_PLOTTED = 6  # columns of results
 _MOST_BARS = 12  # of a tornado
 _WORST = 3  # scenarios that are drawn
 _SHARES = (0.01, 0.05, 0.25, 0.5, 0.75, 0.95, 0.99)
+
+
+@dataclass
+class _Picture:
+    """A file of the page, and what is said below it."""
+
+    file: str
+    caption: str
+
+
+def _unit(plan: Plan, column: int) -> str:
+    """The SI unit of a column of results, "" for none."""
+    output = plan.outputs[column]
+    quantities = {NODE: NODE_QUANTITIES, ELEMENT: ELEMENT_QUANTITIES}.get(output.part, {})
+    return quantities.get(output.quantity.rpartition(":")[2], ("", ""))[1]
 
 
 def _statistics(values: Floats) -> Dict[str, Any]:
@@ -51,9 +68,9 @@ def correlations(frame: pd.DataFrame, inputs: List[str], output: str) -> List[Tu
     return sorted(found, key=lambda each: -abs(each[1]))
 
 
-def worst_scenarios(plan: Plan, frame: pd.DataFrame) -> List[int]:
+def worst_scenarios(plan: Plan, frame: pd.DataFrame) -> Tuple[List[int], Optional[str]]:
     """Scenarios that go farthest beyond the first limit; without limits those where the first column of numbers is
-    lowest."""
+    lowest. And the column that says so."""
     columns = [column.name for column in plan.output_columns]
     is_upper = False
     name = next((column.name for column in plan.output_columns if column.names is None), None)
@@ -61,10 +78,10 @@ def worst_scenarios(plan: Plan, frame: pd.DataFrame) -> List[int]:
         name = columns[plan.limits[0].columns[0]]
         is_upper = plan.limits[0].below is None
     if name is None:
-        return []
+        return [], None
     values = frame[name].astype(float)
     order = (-values if is_upper else values).sort_values(kind="stable", na_position="last")
-    return [int(frame["scenario"][i]) for i in order.index[:_WORST] if not math.isnan(values[i])]
+    return [int(frame["scenario"][i]) for i in order.index[:_WORST] if not math.isnan(values[i])], name
 
 
 def scenario_network(plan: Plan, scenario: int) -> Network:
@@ -119,53 +136,75 @@ def _nested(tokens: List[str], value: Any) -> Any:
 
 
 def _plot(
-    plan: Plan, frame: pd.DataFrame, tornados: Dict[str, List[Tuple[str, float]]], folder: pathlib.Path
-) -> List[str]:
-    """Histograms, exceedance curves and tornados as SVG; the names of the files."""
+    plan: Plan,
+    frame: pd.DataFrame,
+    tornados: Dict[str, List[Tuple[str, float]]],
+    units: Dict[str, str],
+    folder: pathlib.Path,
+) -> List[_Picture]:
+    """Histograms, exceedance curves and tornados as SVG of the columns that are not the same in all scenarios."""
     try:
         import matplotlib
     except ImportError:
         return []
     matplotlib.use("Agg")
     from matplotlib.figure import Figure
+    from matplotlib.ticker import EngFormatter, MaxNLocator
 
-    files = []
+    pictures = []
     for i, (name, bars) in enumerate(tornados.items()):
         values = frame[name].to_numpy(dtype=float)
         values = np.sort(values[~np.isnan(values)])
-        if not len(values):
+        if not len(values) or values[0] == values[-1]:
             continue
+        unit = units[name]
         figure = Figure(figsize=(12, 3.6), layout="constrained")
         histogram, exceedance, tornado = figure.subplots(1, 3)
         histogram.hist(values, bins=min(60, max(8, int(math.sqrt(len(values))))), color="#355c7d")
-        histogram.set(xlabel=name, ylabel="scenarios")
+        histogram.set(ylabel="scenarios")
         exceedance.plot(values, 1.0 - (np.arange(len(values)) + 0.5) / len(values), color="#355c7d")
-        exceedance.set(xlabel=name, ylabel="share of scenarios above")
+        exceedance.set(ylabel="share of scenarios above")
+        for axes in (histogram, exceedance):
+            axes.set_xlabel(f"{name} [{unit}]" if unit not in ("", "Pa") else name)
+            axes.xaxis.set_major_locator(MaxNLocator(4))
+            if unit == "Pa":
+                axes.xaxis.set_major_formatter(EngFormatter(unit))
+            for end in _limits_of(plan, name):
+                axes.axvline(end, color="#b3261e")
         shown = bars[:_MOST_BARS][::-1]
         tornado.barh([bar[0] for bar in shown], [bar[1] for bar in shown], color="#8a5a00")
-        tornado.set(xlabel="rank correlation", xlim=(-1, 1))
-        for limit in plan.limits:
-            if name in [plan.output_columns[column].name for column in limit.columns]:
-                for end in (limit.below, limit.above):
-                    if end is not None:
-                        histogram.axvline(end, color="#b3261e")
-                        exceedance.axvline(end, color="#b3261e")
+        tornado.axvline(0.0, color="black", linewidth=0.8)
+        tornado.set(xlabel=f"rank correlation with {name}", xlim=(-1, 1))
         file = f"column-{i + 1}.svg"
         figure.savefig(folder / file, metadata={"Date": None})
-        files.append(file)
-    return files
+        pictures.append(_Picture(file, name))
+    return pictures
 
 
-def _pictures(plan: Plan, scenarios: List[int], folder: pathlib.Path) -> List[str]:
-    files = []
+def _limits_of(plan: Plan, name: str) -> List[float]:
+    """The limits of a column of results."""
+    ends = [
+        end
+        for limit in plan.limits
+        if name in [plan.output_columns[column].name for column in limit.columns]
+        for end in (limit.below, limit.above)
+    ]
+    return [end for end in ends if end is not None]
+
+
+def _pictures(
+    plan: Plan, scenarios: List[int], captions: Dict[int, str], folder: pathlib.Path
+) -> List[_Picture]:
+    pictures = []
     for scenario in scenarios:
+        file = f"scenario-{scenario}.svg"
         try:
             result = scenario_network(plan, scenario).solve(energy=plan.energy)
-            result.picture(folder / f"scenario-{scenario}.svg")
+            result.picture(folder / file)
         except Error:  # it was solved before, from other starting values at most: a page without its picture
             continue
-        files.append(f"scenario-{scenario}.svg")
-    return files
+        pictures.append(_Picture(file, captions[scenario]))
+    return pictures
 
 
 def write_summary(
@@ -184,7 +223,12 @@ def write_summary(
         column.name for column in (plan.drawn(0, 0)[0] if plan.shows_inputs else []) if column.names is None
     ]
     tornados = {name: correlations(frame, inputs, name) for name in numeric[:_MOST_PLOTTED]}
-    worst = worst_scenarios(plan, frame)
+    units = {column.name: _unit(plan, i) for i, column in enumerate(plan.output_columns)}
+    worst, worst_by = worst_scenarios(plan, frame)
+    captions = {}
+    for scenario in worst:
+        value = float(frame.loc[frame["scenario"] == scenario, worst_by].iloc[0])
+        captions[scenario] = f"scenario {scenario}: {worst_by} {value:.6g} {units[str(worst_by)]}"
     summary: Dict[str, Any] = {
         "title": plan.content.get("title", ""),
         "plan_hash": plan.hash,
@@ -194,14 +238,16 @@ def write_summary(
             str(key): int(count) for key, count in frame["outcome"].value_counts().sort_index().items()
         },
         "limits": {limit.name: int(np.nansum(frame[limit.name])) for limit in plan.limits},
-        "columns": {name: _statistics(frame[name].to_numpy(dtype=float)) for name in numeric},
+        "columns": {
+            name: {"unit": units[name], **_statistics(frame[name].to_numpy(dtype=float))} for name in numeric
+        },
         "rank_correlations": {name: dict(found[:_MOST_BARS]) for name, found in tornados.items()},
         "worst_scenarios": worst,
     }
     try:
         target.mkdir(parents=True, exist_ok=True)
-        pictures = _plot(plan, frame, tornados, target)
-        pictures += _pictures(plan, worst, target)
+        pictures = _plot(plan, frame, tornados, units, target)
+        pictures += _pictures(plan, worst, captions, target)
     except OSError as error:
         raise StudyError(f"the summary cannot be written to {target}: {error.strerror}") from error
     numbers = json.dumps(summary, indent=2, ensure_ascii=False) + "\n"
@@ -210,26 +256,31 @@ def write_summary(
     return [target / "summary.json", target / "index.html"]
 
 
-def _page(summary: Dict[str, Any], pictures: List[str]) -> str:
+def _page(summary: Dict[str, Any], pictures: List[_Picture]) -> str:
     rows = []
     for name, values in summary["columns"].items():
         numbers = [values.get(key) for key in ("mean", "deviation", "lowest", "highest")]
         numbers += [values.get("quantiles", {}).get(share) for share in ("0.05", "0.5", "0.95")]
         fields = "".join(f"<td>{'' if number is None else format(number, '.6g')}</td>" for number in numbers)
-        rows.append(f"<tr><th>{html.escape(name)}</th>{fields}</tr>")
+        rows.append(f"<tr><th>{html.escape(name)}</th><td>{values['unit']}</td>{fields}</tr>")
     head = "".join(
-        f"<th>{each}</th>" for each in ("", "mean", "deviation", "lowest", "highest", "5 %", "50 %", "95 %")
+        f"<th>{each}</th>"
+        for each in ("", "", "mean", "deviation", "lowest", "highest", "5 %", "50 %", "95 %")
     )
     counts = ", ".join(f"{count} {name}" for name, count in summary["outcomes"].items())
     limits = "".join(f"<li>{html.escape(name)}: {count}</li>" for name, count in summary["limits"].items())
+    if limits:
+        limits = f"<h2>Scenarios beyond a limit</h2><ul>{limits}</ul>"
     images = "".join(
-        f'<figure><img src="{name}" alt=""><figcaption>{name}</figcaption></figure>' for name in pictures
+        f'<figure><figcaption>{html.escape(each.caption)}</figcaption><img src="{each.file}" alt=""></figure>'
+        for each in pictures
     )
     title = html.escape(summary["title"] or "Study")
     return (
         f'<!DOCTYPE html><html lang="en"><meta charset="utf-8"><title>{title}</title><style>body{{font-family:'
-        "sans-serif;margin:2em}td{text-align:right}td,th{padding:.2em .8em}img{max-width:100%}</style>"
+        "sans-serif;margin:2em;max-width:75em}td{text-align:right}td,th{padding:.2em .8em}th{text-align:left}"
+        "figure{margin:2em 0}figcaption{font-weight:bold}img{max-width:100%}</style>"
         f"<h1>{title}</h1><p>{summary['rows']} of {summary['scenarios']} scenarios: {counts}; plan "
-        f"{summary['plan_hash'][:12]}</p><h2>Limits that are broken, in scenarios</h2><ul>{limits}</ul><h2>Results, SI "
-        f"units</h2><table><tr>{head}</tr>{''.join(rows)}</table>{images}</html>\n"
+        f"{summary['plan_hash'][:12]}</p>{limits}<h2>Results</h2><table><tr>{head}</tr>{''.join(rows)}</table>"
+        f"{images}</html>\n"
     )
