@@ -86,7 +86,7 @@ double averageOf(double totalFlow, const lcnNET_var& var)
     return std::fabs(average) < kTiny || var.ElemTotal == 0 ? 1.0 : average;
 }
 
-/// Net inflow of every node from its elements. Boundary nodes keep theirs as mass source; free nodes are
+/// Net inflow of every node from its elements. Boundary nodes keep theirs as mass source; the others are
 /// measured.
 void measureMass(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
                  const PipeSweep& pipes, std::vector<double>& balance, Measures& measures)
@@ -102,7 +102,7 @@ void measureMass(const NodeArray& nodes, const ElementArray& elements, const lcn
     double largest = 0.0;
     for (int i = 1; i <= var.NodeTotal; ++i) {
         double B = balance[static_cast<std::size_t>(i)];
-        if (nodes[i].flag != kFreeNode) {
+        if (!hasBalance(nodes[i])) {
             nodes[i].Masssource = -B;
             continue;
         }

@@ -7,6 +7,7 @@
 
 #include "constants.h"
 #include "orifice.h"
+#include "pressure_groups.h"
 
 namespace lcn
 {
@@ -233,11 +234,10 @@ void addToNodeEquations(const NodeArray& nodes, const ElementArray& elements, co
     for (const int e : listed) {
         lcnNET_elems& elem = elements[e];
         const auto slot = static_cast<std::size_t>(e);
-        const bool startFree = nodes[elem.LocalStartNode].flag == kFreeNode;
-        const bool endFree = nodes[elem.LocalEndNode].flag == kFreeNode;
         equations.coef[slot] = 0.0;
         // a loop from a node to itself has no part in any balance
-        if ((!startFree && !endFree) || elem.LocalStartNode == elem.LocalEndNode) continue;
+        if (elem.LocalStartNode == elem.LocalEndNode) continue;
+        if (!hasBalance(nodes[elem.LocalStartNode]) && !hasBalance(nodes[elem.LocalEndNode])) continue;
 
         if (elem.FlowLimited != 0) {
             // the first call may take over a fixed flow, the second holds it: beside a fixed pressure, too

@@ -10,6 +10,12 @@
 namespace lcn
 {
 
+/// Whether the flows at a node have to balance: at a free one, and where a pressure is held for a part without any.
+inline bool hasBalance(const lcnNET_nodes& node)
+{
+    return node.flag == kFreeNode || node.held != 0;
+}
+
 /// Finds groups of two or more free nodes that no fixed-pressure node reaches through elements that can still
 /// flow. Their pressures are known only up to a constant: the matrix would be singular. A group that nothing
 /// flows into on balance is given one, by holding its first node's pressure; a group with a net inflow has no

@@ -51,6 +51,24 @@ Description line()
     return d;
 }
 
+/// A - B - C - D: flows are wanted in A-B and C-D, pressures are given at A and D alone, so that B and C have none to go
+/// by. Stubs at A and D make all of it the inside of a network.
+Description partBetweenFlows(double into, double outOf)
+{
+    Description d = line();
+    d.nodes.push_back(inner(-10.0));
+    d.nodes.push_back(inner(40.0));
+    for (const std::size_t node : {1U, 2U}) {
+        d.nodes[node].type = TAVELL_NODE_INLET;
+        d.nodes[node].constraint = TAVELL_CONSTRAINT_MASS_FLOW;
+    }
+    d.nodes[1].value = into;
+    d.nodes[2].value = outOf;
+    // a flow is wanted in the first element of its node
+    d.elements = {pipe(0, 1), pipe(2, 3), pipe(1, 2), pipe(4, 0), pipe(3, 5)};
+    return d;
+}
+
 bool hasFeedback(const Built& built, int id)
 {
     const std::vector<int> ids = built.feedbackIds();
@@ -142,4 +160,21 @@ TEST(SolveConditions, element_without_a_law_carries_no_flow_into_a_part_without_
     ASSERT_TRUE(built.solve()) << built.feedback();
     EXPECT_TRUE(hasFeedback(built, TAVELL_FEEDBACK_PART_WITHOUT_PRESSURE));
     EXPECT_EQ(built.results(TAVELL_RESULT_MASS_FLOW)[3], 0.0);
+}
+
+TEST(SolveConditions, flows_wanted_at_both_ends_of_a_part_without_a_pressure_are_kept)
+{
+    const Built built(partBetweenFlows(2.0, 2.0));
+    ASSERT_TRUE(built.solve()) << built.feedback();
+    EXPECT_TRUE(hasFeedback(built, TAVELL_FEEDBACK_PART_WITHOUT_PRESSURE));
+    const std::vector<double> flow = built.results(TAVELL_RESULT_MASS_FLOW);
+    for (const std::size_t e : {0U, 1U, 2U})
+        EXPECT_NEAR(flow[e], 2.0, 2e-6) << e;
+}
+
+TEST(SolveConditions, wanted_flows_that_leave_a_part_without_a_pressure_unbalanced_are_told)
+{
+    const Built built(partBetweenFlows(2.0, 1.0));
+    EXPECT_FALSE(built.solve());
+    EXPECT_TRUE(hasFeedback(built, TAVELL_FEEDBACK_UNBALANCED_PART)) << built.feedback();
 }
