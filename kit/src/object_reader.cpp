@@ -39,21 +39,6 @@ std::size_t editDistance(std::string_view a, std::string_view b)
     return row[b.size()];
 }
 
-bool isInRange(double value, Range range)
-{
-    switch (range) {
-    case Range::any:
-        return true;
-    case Range::positive:
-        return value > 0.0;
-    case Range::notNegative:
-        return value >= 0.0;
-    case Range::notZero:
-        return value != 0.0;
-    }
-    return false;
-}
-
 /// "above 0"; a temperature is above the absolute zero, whatever its unit.
 std::string rangeText(const NumberRule& rule)
 {
@@ -139,6 +124,22 @@ std::optional<double> numberInText(const json& value, const NumberRule& rule, co
 
 }  // namespace
 
+bool isInRange(double value, Range range)
+{
+    if (!std::isfinite(value)) return false;
+    switch (range) {
+    case Range::any:
+        return true;
+    case Range::positive:
+        return value > 0.0;
+    case Range::notNegative:
+        return value >= 0.0;
+    case Range::notZero:
+        return value != 0.0;
+    }
+    return false;
+}
+
 std::string shownValue(const json& value)
 {
     if (value.is_object()) return "an object";
@@ -192,7 +193,7 @@ std::optional<double> goodNumber(const json& value, const NumberRule& rule, cons
 {
     if (!value.is_number()) return std::nullopt;
     const double number = inSi(value, rule, reading);
-    if (!std::isfinite(number) || !isInRange(number, rule.range)) return std::nullopt;
+    if (!isInRange(number, rule.range)) return std::nullopt;
     return number;
 }
 
@@ -212,7 +213,7 @@ std::optional<double> checkedNumber(const json& value, const NumberRule& rule, c
                        "give " + reading.asked(rule));
         return std::nullopt;
     }
-    if (std::isfinite(*number) && isInRange(*number, rule.range)) return number;
+    if (isInRange(*number, rule.range)) return number;
     reading.report(Code::value_out_of_range, pointer, object,
                    shownValue(value) + " is not " + rangeText(rule), "give " + reading.asked(rule));
     return std::nullopt;

@@ -25,6 +25,9 @@ std::string suggestion(std::string_view word, const std::vector<std::string>& ca
 /// Which numbers a key takes, in SI units; all are finite.
 enum class Range { any, positive, notNegative, notZero };
 
+/// Whether a number is finite and in a range.
+bool isInRange(double value, Range range);
+
 /// Whether a key may be left out.
 enum class Need { required, optional };
 

@@ -22,6 +22,7 @@
 #include "network_keys.h"
 #include "network_writer.h"
 #include "number_text.h"
+#include "object_reader.h"
 
 namespace kit
 {
@@ -134,25 +135,9 @@ std::size_t positionOf(const NameIndex& names, const std::string& name, const ch
 
 // ---- checks of what a scenario changes
 
-bool isGood(double value, Range range)
+bool isInRange(const std::optional<double>& value, Range range)
 {
-    if (!std::isfinite(value)) return false;
-    switch (range) {
-    case Range::any:
-        return true;
-    case Range::positive:
-        return value > 0.0;
-    case Range::notNegative:
-        return value >= 0.0;
-    case Range::notZero:
-        return value != 0.0;
-    }
-    return false;
-}
-
-bool isGood(const std::optional<double>& value, Range range)
-{
-    return !value || isGood(*value, range);
+    return !value || isInRange(*value, range);
 }
 
 /// Whether a node that was sound before its values were set surely is one that a reader accepts. One that may
@@ -166,8 +151,8 @@ bool isSurelySound(const Node& node)
     const Boundary& boundary = *node.boundary;
     const bool givesFlow = boundary.flowKind != Boundary::Flow::none;
     if (givesFlow && boundary.pressure && boundary.flowKind != Boundary::Flow::mass) return false;
-    return (givesFlow || boundary.pressure) && isGood(boundary.pressure, Range::any) &&
-           isGood(boundary.temperature, Range::positive) && isGood(boundary.flow, Range::any);
+    return (givesFlow || boundary.pressure) && isInRange(boundary.pressure, Range::any) &&
+           isInRange(boundary.temperature, Range::positive) && isInRange(boundary.flow, Range::any);
 }
 
 /// The same for the cross-section of an element and what has to be smaller.
@@ -175,7 +160,7 @@ bool isSectionSurelySound(const Network& network, const Element& element)
 {
     const Section& section = *element.section;
     const double diameter = section.hydraulicDiameter();
-    if (!isGood(section.area, Range::positive) || !isGood(diameter, Range::positive)) return false;
+    if (!isInRange(section.area, Range::positive) || !isInRange(diameter, Range::positive)) return false;
     const double perimeter = section.diameter > 0.0 ? kPi * section.diameter : section.wettedPerimeter;
     if (!(section.area <= perimeter * perimeter / (4.0 * kPi))) {
         // The area that a diameter brings may be above that of its perimeter by a rounding.
@@ -191,11 +176,11 @@ bool isSectionSurelySound(const Network& network, const Element& element)
 bool isSurelySound(const Network& network, const Element& element)
 {
     const ElementKind& kind = *element.kind;
-    if (!isGood(element.length, Range::positive)) return false;
+    if (!isInRange(element.length, Range::positive)) return false;
     if (element.hasCheckValve && !kind.canHaveCheckValve) return false;
     if (element.referenceDensity && !(kind.hasCurve && *element.referenceDensity > 0.0)) return false;
     for (const NumberKey& number : kind.numbers) {
-        if (!isGood(element.property(number.property), number.rule.range)) return false;
+        if (!isInRange(element.property(number.property), number.rule.range)) return false;
     }
     return kind.hasCurve ? !element.section : element.section && isSectionSurelySound(network, element);
 }

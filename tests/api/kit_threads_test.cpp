@@ -13,27 +13,14 @@
 
 #include "golden/scratch_directory.h"
 #include "kit_host.h"
+#include "support/on_threads.h"
 
 using namespace KitHost;
+using support::onThreads;
+using support::processors;
 
 namespace
 {
-
-int processors()
-{
-    return std::max(2, static_cast<int>(std::thread::hardware_concurrency()));
-}
-
-/// Runs work(thread) on several threads at the same time and waits for all of them.
-void onThreads(int count, const std::function<void(int)>& work)
-{
-    std::vector<std::thread> threads;
-    threads.reserve(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i)
-        threads.emplace_back(work, i);
-    for (std::thread& thread : threads)
-        thread.join();
-}
 
 /// Of a progress function: the thread it belongs to and the step that it stops at.
 struct Progress {

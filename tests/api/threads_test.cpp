@@ -20,9 +20,12 @@
 
 #include "golden/scratch_directory.h"
 #include "host.h"
+#include "support/on_threads.h"
 
 using Host::Answer;
 using support::Built;
+using support::onThreads;
+using support::processors;
 using Velcor::Tavell::ICircuit;
 using Velcor::Tavell::ITavell;
 
@@ -30,22 +33,6 @@ namespace
 {
 
 constexpr int kSystems = 200;
-
-int processors()
-{
-    return std::max(2, static_cast<int>(std::thread::hardware_concurrency()));
-}
-
-/// Runs work(thread) on several threads at the same time and waits for all of them.
-void onThreads(int count, const std::function<void(int)>& work)
-{
-    std::vector<std::thread> threads;
-    threads.reserve(static_cast<std::size_t>(count));
-    for (int i = 0; i < count; ++i)
-        threads.emplace_back(work, i);
-    for (std::thread& thread : threads)
-        thread.join();
-}
 
 /// The answers of the networks 0 to count - 1, each network on whichever thread is free.
 std::vector<Answer> answersOnAllProcessors(int count)

@@ -327,34 +327,31 @@ class Network:
         with _Reading(self):
             return int(LIBRARY.tvkElementCount(self._live.address))
 
+    def _texts(self, function: Function, count: Function) -> Tuple[str, ...]:
+        """A text of each node or element."""
+        with _Reading(self):
+            address = self._live.address
+            return texts_at(function(address), count(address))
+
     @property
     def node_names(self) -> Tuple[str, ...]:
         """Names of the nodes, in the order of the network."""
         if self._node_names is None:
-            with _Reading(self):
-                address = self._live.address
-                names = LIBRARY.tvkNodeNames(address)
-                self._node_names = texts_at(names, LIBRARY.tvkNodeCount(address))
+            self._node_names = self._texts(LIBRARY.tvkNodeNames, LIBRARY.tvkNodeCount)
         return self._node_names
 
     @property
     def element_names(self) -> Tuple[str, ...]:
         """Names of the elements, in the order of the network."""
         if self._element_names is None:
-            with _Reading(self):
-                address = self._live.address
-                names = LIBRARY.tvkElementNames(address)
-                self._element_names = texts_at(names, LIBRARY.tvkElementCount(address))
+            self._element_names = self._texts(LIBRARY.tvkElementNames, LIBRARY.tvkElementCount)
         return self._element_names
 
     @property
     def element_types(self) -> Tuple[str, ...]:
         """Types of the elements as in the network file: "pipe"."""
         if self._element_types is None:
-            with _Reading(self):
-                address = self._live.address
-                types = LIBRARY.tvkElementTypes(address)
-                self._element_types = texts_at(types, LIBRARY.tvkElementCount(address))
+            self._element_types = self._texts(LIBRARY.tvkElementTypes, LIBRARY.tvkElementCount)
         return self._element_types
 
     @property

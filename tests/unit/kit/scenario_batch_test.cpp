@@ -14,25 +14,13 @@
 
 #include "element_kinds.h"
 #include "network_writer.h"
+#include "owners.h"
 #include "random_network.h"
 
 namespace
 {
 
 constexpr double kNothing = std::numeric_limits<double>::quiet_NaN();
-
-struct NetworkReleaser {
-    void operator()(tvkNetwork* network) const { tvkFreeNetwork(network); }
-};
-struct ResultReleaser {
-    void operator()(tvkResult* result) const { tvkFreeResult(result); }
-};
-struct FindingsReleaser {
-    void operator()(tvkFindings* findings) const { tvkFreeFindings(findings); }
-};
-using NetworkOwner = std::unique_ptr<tvkNetwork, NetworkReleaser>;
-using ResultOwner = std::unique_ptr<tvkResult, ResultReleaser>;
-using FindingsOwner = std::unique_ptr<tvkFindings, FindingsReleaser>;
 
 NetworkOwner readText(const std::string& text)
 {
