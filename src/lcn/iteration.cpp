@@ -35,6 +35,7 @@ constexpr double kShortTimeStep = 1.0;       // [s] below it curves may have cha
 constexpr int kLargestWithEnvelope = 2000;   // nodes of a network with junction losses
 constexpr int kMostAfterNearStart = 200;     // iterations; two or three are usual
 constexpr int kMostUnsettledSolves = 100;    // temperature solves that ran out of sweeps on settled flows
+constexpr int kMostForLawsWithoutRe = 50;  // iterations that a solve goes on for what has no Reynolds number
 
 /// What the driver knows of the present iterate.
 struct Measures {
@@ -151,6 +152,24 @@ double measurePressure(const NodeArray& nodes, const ElementArray& elements, con
     return var.flowWeight * sum;
 }
 
+/// Whether the elements that the pressure error leaves out for want of a Reynolds number, pumps and valves without a
+/// cross-section as a rule, meet their laws: to the criterion, of the largest pressure that each has to do with.
+bool meetsLawsWithoutRe(const NodeArray& nodes, const ElementArray& elements, const lcnNET_var& var,
+                        const std::vector<int>& listed)
+{
+    for (const int e : listed) {
+        const lcnNET_elems& elem = elements[e];
+        if (!hasLaw(elem.type) || elem.type == kLossCurve || elem.fix != 0) continue;
+        if (reynolds(elem, viscosity(var, elem.Temperature)) > kSmallestMeasuredRe) continue;
+        const double pStart = nodes[elem.LocalStartNode].Pressure;
+        const double pEnd = nodes[elem.LocalEndNode].Pressure;
+        const double ofLaw = signedPressureLoss(nodes, elements, var, e, +1, Friction::kStored);
+        const double size = std::max({std::fabs(pStart), std::fabs(pEnd), std::fabs(ofLaw)});
+        if (std::fabs(pStart - pEnd - ofLaw) > var.Concrit * size) return false;
+    }
+    return true;
+}
+
 /// Slows the solve down when its mass balance is stuck above the criterion.
 void watchStagnation(lcnNET_var& var, double massError, double previousMassError)
 {
@@ -177,6 +196,42 @@ void updateTemperatures(const NodeArray& nodes, const ElementArray& elements, lc
         temperatures.converged = false;
     }
 }
+
+bool flowsFollowTemperatures(const lcnNET_var& var)
+{
+    return var.Energy == 1 && var.ViscosityLaw;
+}
+
+/// What an iterate that has converged by its measures is asked before the iteration ends.
+class Confirmation
+{
+public:
+    /// Flows that depend on temperatures have to meet the laws at those that the results will show: temperatures are
+    /// solved for once more. Laws have to be met as they are, not with friction factors on their way to them. For
+    /// those without a Reynolds number the iteration goes on for a while only: nothing says that they ever settle.
+    bool confirms(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& var, double dt,
+                  PipeSweep& pipes, TemperatureSolver& solver, TemperatureSolve& temperatures,
+                  Measures& measures)
+    {
+        if (flowsFollowTemperatures(var)) {
+            temperatures = solver.solve(nodes, elements, var);
+            updateFrictionFactors(elements, var, pipes.others());
+            measures.pressureError = measurePressure(nodes, elements, var, dt, pipes, Friction::kStored);
+            if (!temperatures.converged || !(measures.pressureError < var.Concrit)) return false;
+        }
+        if (frictionWeight(var) < 1.0) {
+            measures.pressureError = measurePressure(nodes, elements, var, dt, pipes, Friction::kUndamped);
+            if (!(measures.pressureError < var.Concrit)) return false;
+        }
+        if (m_waits == kMostForLawsWithoutRe || meetsLawsWithoutRe(nodes, elements, var, pipes.others()))
+            return true;
+        ++m_waits;
+        return false;
+    }
+
+private:
+    int m_waits = 0;  // for laws without a Reynolds number
+};
 
 /// Whether every number that a result is made of is finite; a geometry that is not, at a node that no
 /// equation knows or at an element with a fixed flow, shows nowhere else. Twice a static pressure, so that
@@ -247,8 +302,10 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
     bool stopped = false;
     bool converged = false;
     int unsettledSolves = 0;
+    Confirmation confirmation;
     TemperatureSolve temperatures;
-    const int flowUpdates = 0;  // counts flow updates that had to be repeated: none ever is
+    TemperatureSolve unsettled;  // the last one that ran out of sweeps
+    const int flowUpdates = 0;   // counts flow updates that had to be repeated: none ever is
     const double flowUpdateError = 0.0;
 
     NodeEquations equations;
@@ -328,31 +385,27 @@ bool iterate(const NodeArray& nodes, const ElementArray& elements, lcnNET_var& v
             std::fabs(measures.massError) < var.Concrit && measures.pressureError < var.Concrit;
         const bool outOfSweeps = flowsConverged && temperatures.sweeps >= kMostTemperatureSweeps;
         unsettledSolves = outOfSweeps ? unsettledSolves + 1 : 0;
+        if (outOfSweeps) unsettled = temperatures;
         // flows that begin at the answer leave slow temperatures the rounds that they would have had
         const bool temperaturesLag = outOfSweeps && start == NearStart::kFound;
         converged = flowsConverged && settled && minorLossesConverged && temperatures.converged &&
                     !temperaturesLag && !limitsChanged && limits.hasDecided();
-        // the flows have to meet the laws with the viscosities of the temperatures just solved
-        if (converged && var.Energy == 1 && var.ViscosityLaw) {
-            updateFrictionFactors(elements, var, pipes.others());
-            measures.pressureError = measurePressure(nodes, elements, var, dt, pipes, Friction::kStored);
-            converged = measures.pressureError < var.Concrit;
-        }
-        // and the laws themselves, not friction factors that are on their way to them
-        if (converged && frictionWeight(var) < 1.0) {
-            measures.pressureError = measurePressure(nodes, elements, var, dt, pipes, Friction::kUndamped);
-            converged = measures.pressureError < var.Concrit;
-        }
+        converged = converged && confirmation.confirms(nodes, elements, var, dt, pipes, temperatureSolver,
+                                                       temperatures, measures);
     } while (!converged && var.nIter < mostIterations && !stopped && measures.finite && temperatures.finite &&
              unsettledSolves < kMostUnsettledSolves);
 
     pipes.write(elements);
     updateElementPressures(nodes, elements, var);
-    if (var.Energy == 1) temperatures = temperatureSolver.solve(nodes, elements, var);
+    // once more, unless that has been done before the flows were found to fit them
+    if (var.Energy == 1 && !(converged && flowsFollowTemperatures(var)))
+        temperatures = temperatureSolver.solve(nodes, elements, var);
     groups.record(var);
     limits.finish(elements);
     if (!measures.finite) measures.massError = std::numeric_limits<double>::infinity();
     if (!isFinite(nodes, elements, var)) measures.pressureError = std::numeric_limits<double>::infinity();
+    // temperatures that were given up are not settled by a last solve that happens to be
+    if (unsettledSolves >= kMostUnsettledSolves) temperatures = unsettled;
     converged =
         recordOutcome(var, measures, temperatures, minorLosses, flowUpdates, flowUpdateError, stopped);
     if (var.Debug) writeReport(elements, nodes, var, var.name.empty() ? std::string(kReportName) : var.name);

@@ -414,11 +414,12 @@ inline void print(const CircuitPlan& plan)
     for (const ElementPlan& element : plan.elements) {
         std::fprintf(
             stderr,
-            "element %zu type %d from %zu to %zu D %s A %s eps %s K %s coefficient %s limit %s fixed %s",
+            "element %zu type %d from %zu to %zu D %s A %s eps %s K %s coefficient %s limit %s fixed %s "
+            "energy %d %s",
             position++, element.type, element.start, element.end, shown(element.diameter).c_str(),
             shown(element.area).c_str(), shown(element.roughness).c_str(), shown(element.k).c_str(),
             shown(element.coefficient).c_str(), shown(element.limit).c_str(),
-            shown(element.fixedFlow).c_str());
+            shown(element.fixedFlow).c_str(), element.energyType, shown(element.energyValue).c_str());
         for (std::size_t i = 0; i < element.curveFlows.size(); ++i)
             std::fprintf(stderr, " (%s, %s)", shown(element.curveFlows[i]).c_str(),
                          shown(element.curvePressures[i]).c_str());

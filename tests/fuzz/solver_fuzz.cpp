@@ -34,7 +34,6 @@ constexpr double kSlack = 1.001;          // [-] on it: sums in another order
 constexpr double kGravity = 9.80665;      // [m/s2]
 constexpr double kRounding = 2e-14;       // [-] of the terms of a pressure difference
 constexpr double kColebrookSlack = 1e-6;  // [-] of a loss: the solver takes 1/sqrt(f) to 1e-6
-constexpr double kFollowingSlack = 1e-4;  // [-] of a loss: viscosities follow the last temperatures
 constexpr double kCurveSlack = 1e-4;      // [-] of a curve's pressure: its points have 6 digits
 constexpr double kUnsettledSteps = 40.0;  // flows below the criterion, at the steepest chord of a curve
 constexpr double kLargestK = 400.0;       // [-] junction losses at both ends
@@ -436,7 +435,8 @@ private:
             if (element.type != TAVELL_NON_RETURN) continue;
             require(m_flow[e] >= -kSlack * kCriterion * m_average, name + " has no flow from its end");
             if (m_flow[e] == 0.0)
-                require(piezometric(element.start) - piezometric(element.end) <= 1.1e-9 * largest,
+                require(piezometric(element.start) - piezometric(element.end) <=
+                            1.1e-9 * largest + kRounding * (sizeOf(element.start) + sizeOf(element.end)),
                         name + " is not shut against the flow");
         }
     }
@@ -525,8 +525,6 @@ private:
                              element.type == TAVELL_NON_RETURN;
         double slack = 1e-12;
         if (isDarcy && m_plan.friction == TAVELL_FRICTION_COLEBROOK) slack += kColebrookSlack;
-        if ((isDarcy || element.type == TAVELL_ORIFICE) && m_plan.followsViscosityLaw && m_plan.hasEnergy)
-            slack += kFollowingSlack;
         return slack;
     }
 
