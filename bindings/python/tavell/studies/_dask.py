@@ -17,6 +17,7 @@ from ._store import Range, Store
 from ._worker import solve_range
 
 _BATCH_SECONDS = 0.4  # of work of one task
+_LEAST_SECONDS = 0.05  # of the last tasks
 _FIRST_BATCH = 8  # rows, whose time says how large a task is to be
 _WAITING = 2  # tasks for each worker, at work and waiting
 _LOOK_INTERVAL = 0.2  # [s], between looks at the connection
@@ -40,12 +41,18 @@ def _same(payload: Dict[str, Any]) -> Dict[str, Any]:
 
 
 class _DaskRun(_Run):
-    """Blocks of the size of tasks."""
+    """Blocks of the size of tasks. Toward the end they become smaller, so that no worker waits long for the
+    last one of another."""
+
+    workers = 1
 
     def _size(self, start: int) -> int:
         if self._seconds_per_row is None:
             return _FIRST_BATCH
-        return max(1, min(super()._size(start), int(_BATCH_SECONDS / max(self._seconds_per_row, 1e-9))))
+        seconds = max(self._seconds_per_row, 1e-9)
+        left = sum(end - begin for begin, end in self._queue)
+        share = max(left // (_WAITING * self.workers), int(_LEAST_SECONDS / seconds))
+        return max(1, min(super()._size(start), int(_BATCH_SECONDS / seconds), share))
 
 
 class _Driver:
@@ -97,8 +104,8 @@ class _Driver:
 
     def _fill(self) -> None:
         """Gives the workers enough to do."""
-        wanted = _WAITING * max(1, len(self._client.scheduler_info()["workers"]))
-        while len(self._tasks) < wanted:
+        self._run.workers = max(1, len(self._client.scheduler_info()["workers"]))
+        while len(self._tasks) < _WAITING * self._run.workers:
             rows = self._run.next()
             if rows is None:
                 return

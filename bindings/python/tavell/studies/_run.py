@@ -158,8 +158,9 @@ class _Run:
     def next(self) -> Optional[Range]:
         if not self._queue:
             return None
+        size = self._size(self._queue[-1][0])
         start, end = self._queue.pop()
-        cut = min(end, start + self._size(start))
+        cut = min(end, start + size)
         if cut < end:
             self._queue.append((cut, end))
         return start, cut
